@@ -1,0 +1,58 @@
+// message_numbers.h - every message number that the program can show; their texts stand in brisel.msg.
+#pragma once
+
+#include <array>
+
+namespace brisel {
+
+// One row a message: name and number. Up to 899 the numbers are fixed; refusals of our own start at 900.
+#define BRISEL_MESSAGES(X)                                                                                             \
+  X(about, 0)                                                                                                          \
+  X(nothing_to_print, 162)                                                                                             \
+  X(coefficient_file_refused, 164)                                                                                     \
+  X(unsupported_form, 166)                                                                                             \
+  X(cannot_create_file, 208)                                                                                           \
+  X(no_design, 209)                                                                                                    \
+  X(not_quantized, 235)                                                                                                \
+  X(linear_program_memory, 275)                                                                                        \
+  X(simplex_degenerate, 276)                                                                                           \
+  X(simplex_unbounded, 277)                                                                                            \
+  X(simplex_too_many_pivots, 278)                                                                                      \
+  X(simplex_no_start_basis, 282)                                                                                       \
+  X(equiripple_failed, 283)                                                                                            \
+  X(needs_fir_design, 285)                                                                                             \
+  X(needs_iir_design, 286)                                                                                             \
+  X(exchange_failed, 403)                                                                                              \
+  X(equiripple_memory, 406)                                                                                            \
+  X(specification_refused, 407)                                                                                        \
+  X(system_file_refused, 408)                                                                                          \
+  X(matlab_needs_design, 417)                                                                                          \
+  X(extremal_set_degenerate, 425)                                                                                      \
+  X(needs_iir_for_quantization, 556)                                                                                   \
+  X(impossible_specification, 900)                                                                                     \
+  X(method_not_available, 901)                                                                                         \
+  X(length_out_of_limits, 902)                                                                                         \
+  X(order_out_of_limits, 903)                                                                                          \
+  X(compensation_null, 904)                                                                                            \
+  X(phase_equalizer_not_available, 905)                                                                                \
+  X(iir_compensation_not_available, 906)                                                                               \
+  X(minimum_phase_not_available, 907)                                                                                  \
+  X(group_delay_not_available, 908)                                                                                    \
+  X(write_failed, 909)                                                                                                 \
+  X(cannot_read_file, 910)                                                                                             \
+  X(setting_out_of_limits, 911)                                                                                        \
+  X(result_not_finite, 912)
+
+enum class Message : int {
+#define BRISEL_ENUM(name, number) name = number,
+  BRISEL_MESSAGES(BRISEL_ENUM)
+#undef BRISEL_ENUM
+};
+
+inline constexpr std::array all_messages{
+#define BRISEL_VALUE(name, number) Message::name,
+    BRISEL_MESSAGES(BRISEL_VALUE)
+#undef BRISEL_VALUE
+};
+
+} // namespace brisel

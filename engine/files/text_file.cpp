@@ -1,0 +1,246 @@
+#include "engine/files/text_file.h"
+
+#include <cerrno>
+#include <charconv>
+#include <clocale>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <locale.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace brisel {
+
+CLocale::CLocale() {
+  static const locale_t c_locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  previous = uselocale(c_locale);
+}
+
+CLocale::~CLocale() {
+  uselocale(static_cast<locale_t>(previous));
+}
+
+static void vappendf(std::string &out, const char *format, va_list arguments) {
+  const CLocale c_locale;
+  va_list again;
+  va_copy(again, arguments);
+  char small[256];
+  const int length = std::vsnprintf(small, sizeof small, format, arguments);
+  if (length >= 0 && static_cast<std::size_t>(length) < sizeof small) {
+    out.append(small, static_cast<std::size_t>(length));
+  } else if (length >= 0) {
+    const std::size_t start = out.size();
+    out.resize(start + static_cast<std::size_t>(length) + 1);
+    std::vsnprintf(out.data() + start, static_cast<std::size_t>(length) + 1, format, again);
+    out.resize(start + static_cast<std::size_t>(length));
+  }
+  va_end(again);
+}
+
+void appendf(std::string &out, const char *format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  vappendf(out, format, arguments);
+  va_end(arguments);
+}
+
+std::string formatf(const char *format, ...) {
+  std::string out;
+  va_list arguments;
+  va_start(arguments, format);
+  vappendf(out, format, arguments);
+  va_end(arguments);
+  return out;
+}
+
+std::string shortest(double value) {
+  char digits[32];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  return std::string(digits, end);
+}
+
+static std::string_view without_lead(std::string_view text) {
+  std::size_t start = 0;
+  while (start < text.size() && std::strchr(" \t\r\n\v\f", text[start]) && text[start] != '\0') start++;
+  // from_chars takes no plus sign; one before a digit or a point is part of the number.
+  if (start + 1 < text.size() && text[start] == '+' && text[start + 1] != '-') start++;
+  return text.substr(start);
+}
+
+std::optional<double> parse_number(std::string_view text, std::size_t *used) {
+  const std::string_view number = without_lead(text);
+  double value = 0;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (error != std::errc{}) return std::nullopt;
+  const std::string_view taken = number.substr(0, static_cast<std::size_t>(end - number.data()));
+  if (taken.find_first_of("nN") != taken.npos) return std::nullopt; // "nan", "inf"
+  // "0x1p3" would read as 0: what follows the zero shows that no decimal number was meant.
+  if (end < number.data() + number.size() && (*end == 'x' || *end == 'X')) return std::nullopt;
+  if (used) *used = static_cast<std::size_t>(end - text.data());
+  return value;
+}
+
+std::optional<long long> parse_integer(std::string_view text, std::size_t *used) {
+  const std::string_view number = without_lead(text);
+  long long value = 0;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (error != std::errc{}) return std::nullopt;
+  if (used) *used = static_cast<std::size_t>(end - text.data());
+  return value;
+}
+
+std::optional<double> number_at(std::string_view line, std::size_t column) {
+  return column < line.size() ? parse_number(line.substr(column)) : std::nullopt;
+}
+
+std::optional<long long> integer_at(std::string_view line, std::size_t column) {
+  return column < line.size() ? parse_integer(line.substr(column)) : std::nullopt;
+}
+
+std::string escaped(std::string_view text) {
+  std::string out;
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+      appendf(out, "\\x%02X", static_cast<unsigned char>(c));
+    else
+      out += c;
+  }
+  return out;
+}
+
+LineReader::~LineReader() {
+  if (file) std::fclose(file);
+}
+
+bool LineReader::open(const std::string &path) {
+  // A FIFO would block the opening itself, so the kind is asked of the descriptor, opened without waiting.
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return false;
+  struct stat information;
+  if (fstat(descriptor, &information) != 0 || !S_ISREG(information.st_mode)) {
+    ::close(descriptor);
+    errno = EINVAL;
+    return false;
+  }
+  file = fdopen(descriptor, "r");
+  return file != nullptr;
+}
+
+bool LineReader::next() {
+  if (overflow || !file) return false;
+  std::string read;
+  int c = 0;
+  number++;
+  while ((c = std::getc(file)) != EOF && c != '\n') {
+    if (read.size() + 3 > capacity) { // room for the line feed and the terminator of the stated buffer
+      overflow = true;
+      text = read;
+      return false;
+    }
+    read += static_cast<char>(c);
+  }
+  if (c == EOF && read.empty()) return false;
+  if (!read.empty() && read.back() == '\r') read.pop_back();
+  text = std::move(read);
+  return true;
+}
+
+void FileSet::add(std::string path, std::string content) {
+  files.push_back({std::move(path), std::move(content)});
+}
+
+namespace {
+
+struct Pending {
+  std::string temporary; // empty: written through
+  std::string target;
+};
+
+std::string system_error(const std::string &path, const char *what) {
+  return path + ": " + what + ": " + std::strerror(errno);
+}
+
+bool write_all(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(descriptor, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+mode_t default_mode() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+} // namespace
+
+bool FileSet::commit(std::string &why) {
+  std::vector<Pending> pending;
+  const auto give_up = [&](std::string reason) {
+    why = std::move(reason);
+    for (const Pending &p : pending)
+      if (!p.temporary.empty()) ::unlink(p.temporary.c_str());
+    return false;
+  };
+
+  std::vector<const File *> through;
+  for (const File &file : files) {
+    std::string target = file.path;
+    if (char *real = ::realpath(target.c_str(), nullptr)) {
+      target = real;
+      std::free(real);
+    }
+    struct stat information;
+    const bool exists = ::stat(target.c_str(), &information) == 0;
+    if (exists && S_ISDIR(information.st_mode)) {
+      errno = EISDIR;
+      return give_up(system_error(file.path, "cannot be written"));
+    }
+    if (exists && !S_ISREG(information.st_mode)) {
+      through.push_back(&file);
+      continue;
+    }
+    if (exists && ::access(target.c_str(), W_OK) != 0) return give_up(system_error(file.path, "cannot be written"));
+    std::string name = target + ".XXXXXX";
+    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) return give_up(system_error(file.path, "cannot be written"));
+    pending.push_back({name, target});
+    const bool written = ::fchmod(descriptor, exists ? information.st_mode & 07777 : default_mode()) == 0 &&
+                         write_all(descriptor, file.content);
+    const int write_error = errno;
+    const bool closed = ::close(descriptor) == 0;
+    if (written && closed) continue;
+    if (!written) errno = write_error;
+    return give_up(system_error(file.path, "cannot be written"));
+  }
+  for (const File *file : through) {
+    const int descriptor = ::open(file->path.c_str(), O_WRONLY | O_CLOEXEC);
+    const bool written = descriptor >= 0 && write_all(descriptor, file->content);
+    const int write_error = errno;
+    const bool closed = descriptor >= 0 && ::close(descriptor) == 0;
+    if (written && closed) continue;
+    if (!written) errno = write_error;
+    return give_up(system_error(file->path, "cannot be written"));
+  }
+  for (Pending &p : pending) {
+    if (::rename(p.temporary.c_str(), p.target.c_str()) != 0)
+      return give_up(system_error(p.target, "cannot be replaced"));
+    p.temporary.clear();
+  }
+  files.clear();
+  return true;
+}
+
+bool save_file(const std::string &path, std::string content, std::string &why) {
+  FileSet files;
+  files.add(path, std::move(content));
+  return files.commit(why);
+}
+
+} // namespace brisel
