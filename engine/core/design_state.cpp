@@ -29,6 +29,13 @@ void post_message(Message number, std::string_view detail) {
   front_end->post_message(number, detail);
 }
 
+bool stop_asked;
+
+bool go_on(double fraction) {
+  if (!stop_asked && !front_end->progress(fraction)) stop_asked = true;
+  return !stop_asked;
+}
+
 bool is_fir_result() {
   const int method = design_record.selections.DesignOrAnalysisType;
   return is_fir_method(method) ||

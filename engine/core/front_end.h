@@ -38,6 +38,8 @@ public:
   virtual void announce(std::string_view text) = 0;
   /// Shows a message of the message file; `detail` says which file, line, value. Texts are data, never formats.
   virtual void post_message(Message number, std::string_view detail) = 0;
+  /// Shows a text of the engine's own that is no numbered message.
+  virtual void show_text(std::string_view text) = 0;
   /// Several lines that a reader has for standard error.
   virtual void reader_complaint(std::string_view text) = 0;
   /// Progress of a long operation, 0 to 1. False asks the engine to stop.
@@ -53,5 +55,9 @@ protected:
 extern FrontEnd *front_end;
 
 void post_message(Message number, std::string_view detail = {});
+
+/// Reports progress, 0 to 1, and remembers when the front end asks to stop; false from then on.
+bool go_on(double fraction);
+extern bool stop_asked; // cleared when a run starts
 
 } // namespace brisel

@@ -13,12 +13,17 @@ extern std::uint8_t trace_on; // dumps are written: 0 no, 1 low level, 2 high le
 extern std::FILE *trace_file; // never null once the system files are open
 extern std::FILE *report_file;
 
-/// Where the two system files are kept. An empty path stands for the null device.
-struct SystemFiles {
-  std::string trace_path = "SFIL.STA";
-  std::string report_path = "SFIL.OUT";
+/// Where a system file goes.
+struct SystemFile {
+  enum class Kind { named, null_device, memory } kind;
+  std::string path; // of a named one
 };
-extern SystemFiles system_files;
+struct SystemFiles {
+  SystemFile trace{SystemFile::Kind::named, "SFIL.STA"};
+  SystemFile report{SystemFile::Kind::named, "SFIL.OUT"};
+};
+/// Says where the system files go from the next reopening on.
+void choose_system_files(const SystemFiles &files);
 
 /// Closes both files if open and reopens them for appending (for writing when they were not open), so that what was
 /// written so far is on disk. A file that cannot be opened, or is a link, is replaced by the null device; the first
@@ -28,6 +33,11 @@ void reopen_system_files();
 void trim_system_files();
 /// Closes both files.
 void close_system_files();
+/// Closes both and deletes the named ones.
+void delete_system_files();
+/// What a system file kept in memory holds so far.
+std::string trace_text();
+std::string report_text();
 
 /// Writes to the trace file, numbers in the C locale.
 [[gnu::format(printf, 1, 2)]] void trace(const char *format, ...);

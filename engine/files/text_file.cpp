@@ -114,17 +114,21 @@ LineReader::~LineReader() {
   if (file) std::fclose(file);
 }
 
-bool LineReader::open(const std::string &path) {
+static std::FILE *open_regular(const std::string &path) {
   // A FIFO would block the opening itself, so the kind is asked of the descriptor, opened without waiting.
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) return nullptr;
   struct stat information;
   if (fstat(descriptor, &information) != 0 || !S_ISREG(information.st_mode)) {
     ::close(descriptor);
     errno = EINVAL;
-    return false;
+    return nullptr;
   }
-  file = fdopen(descriptor, "r");
+  return fdopen(descriptor, "r");
+}
+
+bool LineReader::open(const std::string &path) {
+  file = open_regular(path);
   return file != nullptr;
 }
 
@@ -145,6 +149,17 @@ bool LineReader::next() {
   if (!read.empty() && read.back() == '\r') read.pop_back();
   text = std::move(read);
   return true;
+}
+
+std::optional<std::string> read_file(const std::string &path, std::size_t limit) {
+  std::FILE *file = open_regular(path);
+  if (!file) return std::nullopt;
+  std::string content(limit + 1, '\0');
+  content.resize(std::fread(content.data(), 1, content.size(), file));
+  const bool good = !std::ferror(file) && content.size() <= limit;
+  std::fclose(file);
+  if (!good) return std::nullopt;
+  return content;
 }
 
 void FileSet::add(std::string path, std::string content) {

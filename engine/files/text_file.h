@@ -67,6 +67,9 @@ private:
   bool overflow = false;
 };
 
+/// The whole of a regular file of at most `limit` bytes; nothing when it cannot be read or is larger.
+std::optional<std::string> read_file(const std::string &path, std::size_t limit);
+
 /// Files that belong together: all of them are written beside their targets first, then all are renamed, so that a
 /// failure leaves every old file untouched and no new one half written. Links are followed; a target that is no regular
 /// file (a device, a pipe) is written through.

@@ -23,6 +23,7 @@ public:
   std::vector<Page> pages;
   std::vector<std::string> announced;
   std::vector<Posted> posted;
+  std::vector<std::string> shown;
   std::vector<std::string> complaints;
   int refreshes = 0;
 
@@ -34,6 +35,7 @@ public:
   void post_message(Message number, std::string_view detail) override {
     posted.push_back({number, std::string(detail)});
   }
+  void show_text(std::string_view text) override { shown.emplace_back(text); }
   void reader_complaint(std::string_view text) override { complaints.emplace_back(text); }
   bool progress(double fraction) override { return go_on(fraction); }
   void refresh_plots() override { refreshes++; }
