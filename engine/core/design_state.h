@@ -84,13 +84,14 @@ struct PlotSettings {
   Range log_magnitude_range;
 };
 
-/// Colours, fonts, lines and sizes are indices as the display control dialog numbers them.
+/// Colours, fonts and lines are indices into the tables of display_defaults.h. The colours stand in the order in which
+/// their start values are listed there.
 struct DisplaySettings {
-  std::int32_t back_color, mark_color, outline_color, grid_color, funct_color, labels_color, titles_color, desc_color,
-      zoom_color, ref_curve_color;
+  std::int32_t back_color, titles_color, desc_color, mark_color, outline_color, grid_color, funct_color, zoom_color,
+      ref_curve_color, labels_color;
   std::int32_t label_font, titles_font, desc_font, text_font;
   std::int32_t line_line, grid_line, func_line, zoom_line, ref_curve_line;
-  std::int32_t label_size, title_size, desc_size, text_size;
+  std::int32_t label_size, title_size, desc_size, text_size;     // points
   std::int32_t label_style, title_style, desc_style, text_style; // bit 0 bold, bit 1 italic
 };
 

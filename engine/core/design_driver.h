@@ -1,0 +1,30 @@
+// design_driver.h - one design run, from the parameter pages to quantized and analysed results.
+#pragma once
+
+#include "engine/core/records.h"
+
+namespace brisel {
+
+/// One design run. Asks the front end for every page, then designs, quantizes and computes the responses. Afterwards
+/// `design_record.valid` tells whether there is a result; a cancelled page leaves everything as it was.
+void design_filter();
+
+/// Points `current_spec` at the specification of the filter type, derives the unit factors, makes type and method fit
+/// each other, and resets prototype, window and symmetry to the type's own.
+void SetFilterDesignType();
+
+/// Unit factors from `FrequencyMode`.
+void apply_frequency_mode();
+
+/// The specification with every frequency multiplied by `sampling_period`, so that the sampling frequency is 2 pi.
+FilterSpec normalised(const FilterSpec &spec);
+
+// The stages of a run, in their order. Those that return a bool answer whether the run goes on.
+bool GetFilterParameters();
+bool GetOptionalFilterCompensationData();
+bool GetOptionalPhaseEqualizationData();
+void filter_dsgn_dsgn();
+void filter_dsgn_quan();
+void filter_dsgn_plot();
+
+} // namespace brisel
