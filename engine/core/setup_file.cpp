@@ -3,6 +3,7 @@
 #include "engine/core/display_defaults.h"
 #include "engine/files/text_file.h"
 
+#include <algorithm>
 #include <limits>
 #include <variant>
 
