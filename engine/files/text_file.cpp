@@ -132,6 +132,14 @@ bool LineReader::open(const std::string &path) {
   return file != nullptr;
 }
 
+void LineReader::open_text(std::string_view content) {
+  // A stream opened for reading leaves its memory alone. One of no size would not open everywhere.
+  static char end_of_file[] = "\n";
+  file = content.empty() ? fmemopen(end_of_file, 1, "r")
+                         : fmemopen(const_cast<char *>(content.data()), content.size(), "r");
+  if (content.empty() && file) std::getc(file);
+}
+
 bool LineReader::next() {
   if (overflow || !file) return false;
   std::string read;

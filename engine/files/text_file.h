@@ -53,6 +53,8 @@ public:
 
   /// False when the file cannot be opened or is no regular file.
   bool open(const std::string &path);
+  /// Reads `content`, which must outlive the reader, in place of a file.
+  void open_text(std::string_view content);
   /// Advances to the next line; false at the end of the file, on a read error and on a line that is too long.
   bool next();
   const std::string &line() const { return text; } // without its end; the last line read after a failure

@@ -1,0 +1,42 @@
+// fuzz_spec.cpp - specification files: whatever is read and possible is written, and reads back to the same text.
+#include "engine/files/spec_file.h"
+#include "fuzz/quiet_front_end.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <string>
+
+using namespace brisel;
+
+/// A gain in dB that the writer turns into a factor because of another band's flag is written differently each time.
+static bool has_converted_gains(const FilterSpec &spec) {
+  for (int band = 0; spec.type == 7 && band < spec.band_count; band++)
+    if (spec.fixed_gain[band] && spec.list_flag[band / 4 * 4]) return true;
+  return false;
+}
+
+/// An exponent of three digits shifts the columns behind it; a file where that matters is refused.
+static bool has_long_exponent(const std::string &text) {
+  for (std::size_t at = 0; (at = text.find('E', at)) != text.npos; at++)
+    if (at + 4 < text.size() && (text[at + 1] == '+' || text[at + 1] == '-') && std::isdigit(text[at + 4])) return true;
+  return false;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+  static QuietFrontEnd screen;
+  static FilterSpec spec, again;
+  const std::string_view text(reinterpret_cast<const char *>(data), size);
+  if (read_filter_spec_text(text, spec) != success) return 0;
+  settle_at_half_sampling(spec);
+  if (check_spec(spec)) return 0;
+  spec.unit = spec.unit == 'R';
+  const auto written = format_filter_spec(spec);
+  if (!written) std::abort();
+  if (read_filter_spec_text(*written, again) != success) {
+    if (!has_long_exponent(*written)) std::abort();
+    return 0;
+  }
+  again.unit = again.unit == 'R';
+  if (!has_converted_gains(spec) && format_filter_spec(again) != written) std::abort();
+  return 0;
+}
