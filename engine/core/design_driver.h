@@ -13,9 +13,6 @@ void design_filter();
 /// each other, and resets prototype, window and symmetry to the type's own.
 void SetFilterDesignType();
 
-/// Unit factors from `FrequencyMode`.
-void apply_frequency_mode();
-
 /// The specification with every frequency multiplied by `sampling_period`, so that the sampling frequency is 2 pi.
 FilterSpec normalised(const FilterSpec &spec);
 

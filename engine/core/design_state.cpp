@@ -36,6 +36,11 @@ bool go_on(double fraction) {
   return !stop_asked;
 }
 
+void apply_frequency_mode() {
+  design_state.unit_factor = unit_row(design_state.FrequencyMode).factor;
+  design_state.unit_factor_inverse = design_state.FrequencyMode ? 1.0 : inverse_two_pi;
+}
+
 bool is_fir_result() {
   const int method = design_record.selections.DesignOrAnalysisType;
   return is_fir_method(method) ||

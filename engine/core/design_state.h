@@ -169,6 +169,9 @@ extern DesignRecord design_record;
 /// response that misses its mask, digits that a form lost. Cleared when a run starts; shown by summary and JSON.
 extern std::vector<std::string> design_notes;
 
+/// Unit factors from `FrequencyMode`.
+void apply_frequency_mode();
+
 /// True when the design record holds a finished FIR result (methods 1 to 4, or an entered FIR system).
 bool is_fir_result();
 

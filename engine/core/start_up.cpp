@@ -1,7 +1,6 @@
 #include "engine/core/start_up.h"
 
 #include "engine/analysis/plot_arrays.h"
-#include "engine/core/design_driver.h"
 #include "engine/core/display_defaults.h"
 #include "engine/core/messages.h"
 #include "engine/core/setup_file.h"
