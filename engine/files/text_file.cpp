@@ -203,6 +203,10 @@ mode_t default_mode() {
 
 } // namespace
 
+void FileSet::add_standard_output(std::string content) {
+  files.push_back({{}, std::move(content)});
+}
+
 bool FileSet::commit(std::string &why) {
   std::vector<Pending> pending;
   const auto give_up = [&](std::string reason) {
@@ -214,6 +218,10 @@ bool FileSet::commit(std::string &why) {
 
   std::vector<const File *> through;
   for (const File &file : files) {
+    if (file.path.empty()) {
+      through.push_back(&file);
+      continue;
+    }
     std::string target = file.path;
     if (char *real = ::realpath(target.c_str(), nullptr)) {
       target = real;
@@ -243,13 +251,15 @@ bool FileSet::commit(std::string &why) {
     return give_up(system_error(file.path, "cannot be written"));
   }
   for (const File *file : through) {
-    const int descriptor = ::open(file->path.c_str(), O_WRONLY | O_CLOEXEC);
+    const bool standard = file->path.empty();
+    const int descriptor =
+        standard ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3) : ::open(file->path.c_str(), O_WRONLY | O_CLOEXEC);
     const bool written = descriptor >= 0 && write_all(descriptor, file->content);
     const int write_error = errno;
     const bool closed = descriptor >= 0 && ::close(descriptor) == 0;
     if (written && closed) continue;
     if (!written) errno = write_error;
-    return give_up(system_error(file->path, "cannot be written"));
+    return give_up(system_error(standard ? "standard output" : file->path, "cannot be written"));
   }
   for (Pending &p : pending) {
     if (::rename(p.temporary.c_str(), p.target.c_str()) != 0)

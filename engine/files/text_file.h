@@ -78,12 +78,14 @@ std::optional<std::string> read_file(const std::string &path, std::size_t limit)
 class FileSet {
 public:
   void add(std::string path, std::string content);
+  /// Written through like a device.
+  void add_standard_output(std::string content);
   /// False, with `why` saying which file failed and how, when something could not be written.
   [[nodiscard]] bool commit(std::string &why);
 
 private:
   struct File {
-    std::string path;
+    std::string path; // empty: standard output
     std::string content;
   };
   std::vector<File> files;
