@@ -1,0 +1,52 @@
+// response_arrays.h - where the response kernels put their results, and the rules that all of them share.
+#pragma once
+
+#include <cmath>
+#include <complex>
+#include <numbers>
+#include <span>
+
+namespace brisel {
+
+/// As many values each as the frequency grid has points.
+struct FrequencyResponse {
+  std::span<double> magnitude;
+  std::span<double> phase;       // radians, principal value
+  std::span<double> group_delay; // seconds
+
+  /// A point where the response vanishes repeats the phase (and, where a form says so, the group delay) before it.
+  void repeat_phase(std::size_t i) const { phase[i] = i > 0 ? phase[i - 1] : 0; }
+  void repeat_group_delay(std::size_t i) const { group_delay[i] = i > 0 ? group_delay[i - 1] : 0; }
+  /// Magnitude and phase of `factor` times the response; a negative one turns the phase by pi.
+  void set(std::size_t i, std::complex<double> response, double factor) const {
+    magnitude[i] = std::abs(response) * std::abs(factor);
+    if (std::signbit(factor)) response = -response;
+    if (magnitude[i] != 0)
+      phase[i] = std::atan2(response.imag(), response.real());
+    else
+      repeat_phase(i);
+  }
+};
+
+/// Both of the same size: the number of samples to compute.
+struct TimeResponse {
+  std::span<double> impulse;
+  std::span<double> step;
+};
+
+/// Impulse and step response of a recursion: `run(x)` returns the next sample for the input x, `clear()` empties its
+/// states, `amplitude` is the input of both.
+template <class Clear, class Run> void time_response(double amplitude, const TimeResponse &out, Clear clear, Run run) {
+  clear();
+  for (std::size_t k = 0; k < out.impulse.size(); ++k) out.impulse[k] = run(k == 0 ? amplitude : 0);
+  clear();
+  for (double &sample : out.step) sample = run(amplitude);
+}
+
+/// Keeps the samples of an unstable recursion finite; an undefined value becomes the lower limit.
+inline double clamp_sample(double y) {
+  if (y > 1e30) return 1e30;
+  return y >= -1e30 ? y : -1e30;
+}
+
+} // namespace brisel
