@@ -14,6 +14,11 @@ inline constexpr int min_time_samples = 600; // the time arrays are always fille
 inline constexpr int max_interpolated_points = 300;
 inline constexpr int max_fir_zero_taps = 512; // longer FIR filters have their zeros left uncomputed
 
+// Display ranges of magnitude and log magnitude that a plot reset leaves: for a maximum gain of 1 and for other gains.
+// The drawing fits a range that still has these values to the curve.
+inline constexpr std::array default_magnitude_ranges{Range{0, 1}, Range{0, 2}};
+inline constexpr std::array default_log_magnitude_ranges{Range{-100, 0}, Range{-90, 10}};
+
 /// One instance, owned by the engine.
 struct PlotArrays {
   std::int32_t frequency_count;

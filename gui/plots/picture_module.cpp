@@ -1,0 +1,94 @@
+#include "gui/plots/picture_module.h"
+
+#include "gui/plots/pictures.h"
+
+#include <QFontInfo>
+#include <QGuiApplication>
+
+#include <clocale>
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+/// Sends standard error to the null device: the font library reports a missing cache folder there by itself.
+class QuietErrors {
+public:
+  QuietErrors() : kept(dup(STDERR_FILENO)) {
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (null >= 0 && kept >= 0) dup2(null, STDERR_FILENO);
+    if (null >= 0) close(null);
+  }
+  ~QuietErrors() {
+    if (kept < 0) return;
+    dup2(kept, STDERR_FILENO);
+    close(kept);
+  }
+  QuietErrors(const QuietErrors &) = delete;
+  QuietErrors &operator=(const QuietErrors &) = delete;
+
+private:
+  int kept;
+};
+
+/// The toolkit takes over the user's locale when it starts.
+class KeptLocale {
+public:
+  KeptLocale() : kept(std::setlocale(LC_ALL, nullptr)) {}
+  ~KeptLocale() { std::setlocale(LC_ALL, kept.c_str()); }
+  KeptLocale(const KeptLocale &) = delete;
+  KeptLocale &operator=(const KeptLocale &) = delete;
+
+private:
+  std::string kept;
+};
+
+std::string stem(brisel::PlotKind kind) {
+  return std::string(brisel::plot_kinds[static_cast<std::size_t>(brisel::code(kind))].file_stem);
+}
+
+bool draw(const brisel::PictureJob &job, brisel::PictureResult &result) {
+  // Without fonts the toolkit still lists generic families, but what it draws with is an empty box without a name.
+  if (QFontInfo(brisel::mono_plot_style(*job.display).label_font).family().isEmpty()) {
+    result.error = "no fonts are installed, so plots cannot be drawn: install fontconfig and fonts-liberation";
+    return false;
+  }
+  std::vector<brisel::PlotData> plots;
+  for (const brisel::PlotDescription &plot : job.plots)
+    plots.push_back(brisel::plot_data_of(plot, *job.state, job.grid, job.problem));
+  const auto keep = [&](std::string name, const QByteArray &bytes) {
+    if (bytes.isEmpty()) result.error = name + " cannot be drawn: not enough memory";
+    result.pictures.push_back({std::move(name), bytes.toStdString()});
+    return result.error.empty();
+  };
+  const QSize size(job.size.width, job.size.height);
+  for (const brisel::PlotData &plot : plots) {
+    if (job.png && !keep(stem(plot.kind) + ".png", brisel::plot_png(plot, *job.display, size, job.size.scale)))
+      return false;
+    if (job.svg && !keep(stem(plot.kind) + ".svg", brisel::plot_svg(plot, *job.display, size / job.size.scale)))
+      return false;
+  }
+  return !job.pdf || keep("plots.pdf", brisel::plot_pdf(plots, *job.display));
+}
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] int brisel_render_pictures(const brisel::PictureJob *job,
+                                                                     brisel::PictureResult *result) {
+  const KeptLocale kept_locale;
+  const QuietErrors quiet;
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  try {
+    static int count = 1;
+    static char name[] = "brisel";
+    static char *arguments[] = {name, nullptr};
+    const QGuiApplication application(count, arguments);
+    return draw(*job, *result);
+  } catch (const std::exception &failure) {
+    result->error = std::string("plots cannot be drawn: ") + failure.what();
+    return 0;
+  }
+}
