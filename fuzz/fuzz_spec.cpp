@@ -1,10 +1,9 @@
 // fuzz_spec.cpp - specification files: whatever is read and possible is written, and reads back to the same text.
 #include "engine/files/spec_file.h"
+#include "fuzz/long_exponent.h"
 #include "fuzz/quiet_front_end.h"
 
-#include <cctype>
 #include <cstdlib>
-#include <string>
 
 using namespace brisel;
 
@@ -12,13 +11,6 @@ using namespace brisel;
 static bool has_converted_gains(const FilterSpec &spec) {
   for (int band = 0; spec.type == 7 && band < spec.band_count; band++)
     if (spec.fixed_gain[band] && spec.list_flag[band / 4 * 4]) return true;
-  return false;
-}
-
-/// An exponent of three digits shifts the columns behind it; a file where that matters is refused.
-static bool has_long_exponent(const std::string &text) {
-  for (std::size_t at = 0; (at = text.find('E', at)) != text.npos; at++)
-    if (at + 4 < text.size() && (text[at + 1] == '+' || text[at + 1] == '-') && std::isdigit(text[at + 4])) return true;
   return false;
 }
 

@@ -42,6 +42,8 @@ public:
   virtual void show_text(std::string_view text) = 0;
   /// Several lines that a reader has for standard error.
   virtual void reader_complaint(std::string_view text) = 0;
+  /// A line that a reader has for standard output.
+  virtual void reader_note(std::string_view) {}
   /// Progress of a long operation, 0 to 1. False asks the engine to stop.
   virtual bool progress(double fraction) = 0;
   /// The response arrays are new.

@@ -41,7 +41,8 @@ namespace brisel {
   X(write_failed, 909)                                                                                                 \
   X(cannot_read_file, 910)                                                                                             \
   X(setting_out_of_limits, 911)                                                                                        \
-  X(result_not_finite, 912)
+  X(result_not_finite, 912)                                                                                            \
+  X(temporary_file_in_the_way, 913)
 
 enum class Message : int {
 #define BRISEL_ENUM(name, number) name = number,

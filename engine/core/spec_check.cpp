@@ -12,9 +12,6 @@ namespace brisel {
 
 namespace {
 
-// Beyond these a sampling frequency is no measurement, and squares of analog edges would leave the range of a double.
-constexpr double min_sampling_frequency = 1e-30;
-constexpr double max_sampling_frequency = 1e30;
 constexpr double six_digits = 1e-5; // relative error of an edge that was written with six digits, and some
 
 struct Edge {

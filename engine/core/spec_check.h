@@ -40,6 +40,10 @@ struct SpecComplaint {
 };
 
 inline constexpr double max_attenuation_db = 400;
+// Radians per second. Beyond these a sampling frequency is no measurement, and squares of analog edges would leave the
+// range of a double.
+inline constexpr double min_sampling_frequency = 1e-30;
+inline constexpr double max_sampling_frequency = 1e30;
 
 /// True when the specification's frequencies are shown in radians per second, not in hertz.
 constexpr bool in_radians(const FilterSpec &spec) {
