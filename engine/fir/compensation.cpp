@@ -22,7 +22,7 @@ std::optional<Compensation> make_compensation(bool on, int type, int rate_change
 }
 
 double compensation_factor(const Compensation &compensation, double w) {
-  if (!compensation.on || w == 0) return 1;
+  if (!is_active(compensation) || w == 0) return 1;
   switch (compensation.type) {
   case CompensationCurve::sinc:
     return (w / 2) / std::sin(w / 2);

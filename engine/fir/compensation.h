@@ -16,6 +16,9 @@ struct Compensation {
   int stages = 1;
 };
 inline constexpr int max_compensation_setting = 127;
+constexpr bool is_active(const Compensation &compensation) {
+  return compensation.on && compensation.type != CompensationCurve::none;
+}
 
 /// From the selections as they are stored: a setting of 0 counts as 1, a type beyond the comb as no curve. Nothing when
 /// a comb setting is above the limit.

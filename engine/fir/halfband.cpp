@@ -10,7 +10,7 @@ FilterSpec halfband_prototype(const FilterSpec &spec) {
   lowpass.type = code(FilterType::low_pass);
   lowpass.length = halfband_prototype_length(spec.length);
   lowpass.passband_edge[0] = 2 * spec.passband_edge[0];
-  lowpass.stopband_edge[0] = std::numbers::pi;
+  lowpass.stopband_edge[0] = spec.sampling_frequency / 2;
   return lowpass;
 }
 

@@ -6,13 +6,11 @@
 
 #include "engine/core/records.h"
 
-#include <numbers>
-
 namespace brisel {
 
-/// Where the stopband of a halfband specification (sampling frequency 2 pi) begins.
+/// Where the stopband of a halfband specification begins, in the unit of its frequencies.
 inline double halfband_stopband_edge(const FilterSpec &spec) {
-  return std::numbers::pi - spec.passband_edge[0];
+  return spec.sampling_frequency / 2 - spec.passband_edge[0];
 }
 
 /// Number of taps of the lowpass that belongs to a halfband filter of `length` taps (odd, at least 3); always even.

@@ -155,6 +155,7 @@ TEST(Halfband, FoldKeepsTheResponseOfItsLowpass) {
   for (int length : {3, 5, 7, 9, 11, 13, 15}) {
     FilterSpec spec{};
     spec.length = length;
+    spec.sampling_frequency = two_pi;
     spec.passband_edge[0] = 1.2;
     const FilterSpec lowpass = halfband_prototype(spec);
     EXPECT_EQ(lowpass.type, 0);
