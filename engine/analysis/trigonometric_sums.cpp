@@ -9,19 +9,13 @@
 // J. Inst. Maths Applics 20, 1977.
 #include "engine/analysis/trigonometric_sums.h"
 
+#include "engine/core/multiversion.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <vector>
-
-// Debian compiles for plain x86-64; the hot loop is compiled a second time for processors with AVX2. The operations are
-// the same, and so are the results. (The resolvers of such functions run before a sanitizer is ready.)
-#if defined(__x86_64__) && !defined(BRISEL_SANITIZED)
-#define BRISEL_AVX2_CLONE [[gnu::target_clones("avx2", "default")]]
-#else
-#define BRISEL_AVX2_CLONE
-#endif
 
 namespace brisel {
 
