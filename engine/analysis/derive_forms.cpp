@@ -1,0 +1,109 @@
+// derive_forms.cpp - every form of a system from one of them, with the digits that each form keeps.
+#include "engine/analysis/form_conversions.h"
+
+#include "engine/analysis/pole_zero_form.h"
+#include "engine/analysis/wide_ratio.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace brisel {
+
+using Complex = std::complex<double>;
+
+bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found) {
+  std::optional<WideRatio> wide;
+  PoleZeroEntry pole_zero{};
+  double sample_rate = 0;
+  bool rooted = false;
+  auto take = [&](const auto &entry, std::optional<WideRatio> expanded) {
+    wide = std::move(expanded);
+    sample_rate = entry.sample_rate;
+  };
+  switch (source) {
+  case RealizationForm::cascade:
+    take(forms.cascade, wide_ratio(forms.cascade));
+    rooted = cascade_to_pole_zero(domain, forms.cascade, pole_zero);
+    break;
+  case RealizationForm::parallel:
+    take(forms.parallel, wide_ratio_of_sum(forms.parallel));
+    rooted = parallel_to_pole_zero(domain, forms.parallel, pole_zero);
+    break;
+  case RealizationForm::ratio:
+    take(forms.ratio, wide_ratio(domain, forms.ratio));
+    break;
+  case RealizationForm::lattice:
+    take(forms.lattice, wide_ratio(forms.lattice));
+    break;
+  case RealizationForm::ladder_1:
+    take(forms.ladder_1, wide_ratio(forms.ladder_1));
+    break;
+  case RealizationForm::ladder_2:
+    take(forms.ladder_2, wide_ratio(forms.ladder_2));
+    break;
+  case RealizationForm::nonlinear:
+    return false;
+  }
+  const bool of_sections = source == RealizationForm::cascade || source == RealizationForm::parallel;
+  if (!of_sections) rooted = wide && write_pole_zero(*wide, pole_zero);
+  if (!rooted) return false;
+
+  const Values x = comparison_points(domain, std::span(pole_zero.poles).first(pole_count(pole_zero)));
+  auto values_of = [&](RealizationForm form) {
+    switch (form) {
+    case RealizationForm::cascade:
+      return cascade_values(forms.cascade, x);
+    case RealizationForm::parallel:
+      return parallel_values(forms.parallel, x);
+    case RealizationForm::ratio:
+      return ratio_values(domain, forms.ratio, x);
+    case RealizationForm::lattice:
+      return lattice_values(forms.lattice, x);
+    case RealizationForm::ladder_1:
+      return ladder_values(forms.ladder_1, x);
+    default:
+      return ladder_values(forms.ladder_2, x);
+    }
+  };
+  const Values reference = values_of(source);
+  if (std::none_of(reference.begin(), reference.end(),
+                   [](Complex v) { return std::isfinite(std::abs(v)) && v != 0.0; }))
+    return false;
+
+  const std::int8_t keep_gain = forms.cascade.keep_gain || forms.parallel.keep_gain;
+  pole_zero.sample_rate = sample_rate;
+  forms.pole_zero = pole_zero;
+  found.pole_zero = digits_kept(x, reference, pole_zero_values(forms.pole_zero, x));
+  found.dropped_delay = 0;
+
+  // One form after the other: made by `make`, or emptied when there is none.
+  auto derive = [&](RealizationForm form, auto &entry, auto make) -> double {
+    if (form == source) return 16;
+    if (entry = {}; make()) {
+      entry.sample_rate = sample_rate;
+      const bool earlier = form == RealizationForm::cascade || form == RealizationForm::parallel;
+      return digits_kept(x, reference, values_of(form), earlier ? -found.dropped_delay : 0);
+    }
+    entry = {};
+    entry.sample_rate = sample_rate;
+    return -1;
+  };
+  found.cascade = derive(RealizationForm::cascade, forms.cascade, [&] {
+    return pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay);
+  });
+  found.parallel = derive(RealizationForm::parallel, forms.parallel, [&] {
+    return found.cascade >= 0 && cascade_to_parallel(domain, forms.cascade, forms.parallel);
+  });
+  found.ratio =
+      derive(RealizationForm::ratio, forms.ratio, [&] { return wide && write_ratio(domain, *wide, forms.ratio); });
+  found.lattice =
+      derive(RealizationForm::lattice, forms.lattice, [&] { return wide && write_lattice(*wide, forms.lattice); });
+  found.ladder_1 = derive(RealizationForm::ladder_1, forms.ladder_1,
+                          [&] { return wide && write_ladder(*wide, LadderForm::one, forms.ladder_1); });
+  found.ladder_2 = derive(RealizationForm::ladder_2, forms.ladder_2,
+                          [&] { return wide && write_ladder(*wide, LadderForm::two, forms.ladder_2); });
+  forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
+  return true;
+}
+
+} // namespace brisel

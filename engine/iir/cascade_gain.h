@@ -1,0 +1,49 @@
+// cascade_gain.h - setting the gain of a digital filter so that its magnitude peaks at 1, in every form.
+//
+// The peak is the largest magnitude on a grid of its own, whatever is plotted: `points` even steps over [0, pi].
+#pragma once
+
+#include "engine/core/records.h"
+
+#include <span>
+#include <vector>
+
+namespace brisel {
+
+inline constexpr int gain_grid_points = 1001;
+
+/// Cosines and sines of the grid, and the squared magnitude of a triple on it.
+class GainGrid {
+public:
+  explicit GainGrid(int points = gain_grid_points);
+  std::size_t size() const { return cosine.size(); }
+  double angle(std::size_t i) const; // radians per sample
+  /// |a + b z^-1 + c z^-2| at point `i`.
+  double magnitude(const Triple &triple, std::size_t i) const;
+  /// z itself.
+  std::vector<std::complex<double>> places() const;
+
+private:
+  std::vector<double> cosine, sine;
+};
+
+/// Sets the gain to 1 / peak of the sections' product, or to 1 when that peak is 0 or undefined. Returns the old gain
+/// times the peak. When the gain would leave the range of a double, powers of two are moved into the numerators.
+double compute_cas_gain(SectionEntry &cascade, int points = gain_grid_points);
+
+/// Resets the scaler to 1 and divides direct term and numerators by the peak, which is returned; a peak that is 0,
+/// undefined or exactly 1 leaves them as they are.
+double regain_parallel(SectionEntry &parallel, int points = gain_grid_points);
+
+/// The same for the other forms: the gain becomes 1 / peak of the rest (1 when that peak is 0 or undefined). They
+/// return the old gain times the peak.
+double regain_ratio(RatioEntry &ratio, int points = gain_grid_points);
+double regain_lattice(LatticeEntry &lattice, int points = gain_grid_points);
+double regain_ladder(LadderEntry &ladder, int points = gain_grid_points);
+
+/// Leading denominator coefficient 1, and the first nonzero numerator coefficient moved into the gain.
+void normalize_ratio(RatioEntry &ratio);
+/// Moves the first nonzero numerator coefficient of every section into the gain.
+void normalize_sections(SectionEntry &cascade);
+
+} // namespace brisel
