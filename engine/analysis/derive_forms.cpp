@@ -49,23 +49,24 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
   if (!rooted) return false;
 
   const Values x = comparison_points(domain, std::span(pole_zero.poles).first(pole_count(pole_zero)));
-  auto values_of = [&](RealizationForm form) {
+  auto values_of = [&]<class Real>(RealizationForm form, Real) {
     switch (form) {
     case RealizationForm::cascade:
-      return cascade_values(forms.cascade, x);
+      return cascade_values<Real>(forms.cascade, x);
     case RealizationForm::parallel:
-      return parallel_values(forms.parallel, x);
+      return parallel_values<Real>(forms.parallel, x);
     case RealizationForm::ratio:
-      return ratio_values(domain, forms.ratio, x);
+      return ratio_values<Real>(domain, forms.ratio, x);
     case RealizationForm::lattice:
-      return lattice_values(forms.lattice, x);
+      return lattice_values<Real>(forms.lattice, x);
     case RealizationForm::ladder_1:
-      return ladder_values(forms.ladder_1, x);
+      return ladder_values<Real>(forms.ladder_1, x);
     default:
-      return ladder_values(forms.ladder_2, x);
+      return ladder_values<Real>(forms.ladder_2, x);
     }
   };
-  const Values reference = values_of(source);
+  // The source as its coefficients stand, without rounding of its own.
+  const Values reference = values_of(source, 0.0L);
   if (std::none_of(reference.begin(), reference.end(),
                    [](Complex v) { return std::isfinite(std::abs(v)) && v != 0.0; }))
     return false;
@@ -82,7 +83,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     if (entry = {}; make()) {
       entry.sample_rate = sample_rate;
       const bool earlier = form == RealizationForm::cascade || form == RealizationForm::parallel;
-      return digits_kept(x, reference, values_of(form), earlier ? -found.dropped_delay : 0);
+      return digits_kept(x, reference, values_of(form, 0.0), earlier ? -found.dropped_delay : 0);
     }
     entry = {};
     entry.sample_rate = sample_rate;

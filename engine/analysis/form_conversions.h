@@ -84,14 +84,16 @@ bool cascade_to_ladder(Domain domain, const SectionEntry &cascade, LadderForm fo
 /// False: order + lead above 200, or a fraction that divides by 0.
 bool ladder_to_ratio(Domain domain, const LadderEntry &ladder, RatioEntry &ratio);
 
-/// Value of a form at points x of the plane (s or z), gain included.
+/// Value of a form at points x of the plane (s or z), gain included, computed in the arithmetic of `Real` (double or
+/// long double).
 using Values = std::vector<std::complex<double>>;
-Values cascade_values(const SectionEntry &cascade, std::span<const std::complex<double>> x);
-Values parallel_values(const SectionEntry &parallel, std::span<const std::complex<double>> x);
-Values pole_zero_values(const PoleZeroEntry &pole_zero, std::span<const std::complex<double>> x);
-Values ratio_values(Domain domain, const RatioEntry &ratio, std::span<const std::complex<double>> x);
-Values lattice_values(const LatticeEntry &lattice, std::span<const std::complex<double>> x);
-Values ladder_values(const LadderEntry &ladder, std::span<const std::complex<double>> x);
+using Places = std::span<const std::complex<double>>;
+template <class Real = double> Values cascade_values(const SectionEntry &cascade, Places x);
+template <class Real = double> Values parallel_values(const SectionEntry &parallel, Places x);
+template <class Real = double> Values pole_zero_values(const PoleZeroEntry &pole_zero, Places x);
+template <class Real = double> Values ratio_values(Domain domain, const RatioEntry &ratio, Places x);
+template <class Real = double> Values lattice_values(const LatticeEntry &lattice, Places x);
+template <class Real = double> Values ladder_values(const LadderEntry &ladder, Places x);
 
 /// Points of the upper half of the unit circle, or of the upper imaginary axis, on which forms are compared: even steps
 /// and the place nearest to every pole.
@@ -99,11 +101,11 @@ Values comparison_points(Domain domain, std::span<const std::complex<double>> po
 
 /// Decimal digits, 0 to 16, in which `values` is `reference` delayed by `delay` samples: the largest distance of the
 /// two on the points `x`, relative to the largest magnitude of the reference.
-double digits_kept(std::span<const std::complex<double>> x, std::span<const std::complex<double>> reference,
+double digits_kept(Places x, std::span<const std::complex<double>> reference,
                    std::span<const std::complex<double>> values, int delay = 0);
 
-/// What derive_forms() found: digits kept of the source, -1 for a form that does not exist (its record then has order 0
-/// and no coefficients).
+/// What derive_forms() found: digits that a form, evaluated in doubles, keeps of the source, -1 for a form that does
+/// not exist (its record then has order 0 and no coefficients).
 struct FormReport {
   double cascade, parallel, pole_zero, ratio, lattice, ladder_1, ladder_2;
   int dropped_delay; // of the cascade against the source

@@ -94,8 +94,8 @@ void separate_pairs(Domain domain, std::vector<Denominator> &terms) {
   }
 }
 
-// Equal real poles. A term holds a double pole as it is; the real poles are dealt out anew, in order, so that equal
-// ones meet in a term, and only what is left over is moved.
+// Equal real poles. A term holds a double pole as it is, so the real poles are dealt out anew, equal ones two by two;
+// only what is more than one such term is moved.
 void separate_real_poles(Domain domain, std::vector<Denominator> &terms) {
   std::vector<double> poles;
   for (const Denominator &term : terms) {
@@ -106,40 +106,28 @@ void separate_real_poles(Domain domain, std::vector<Denominator> &terms) {
   }
   std::sort(poles.begin(), poles.end());
   auto equal = [&](std::size_t i) { return poles[i + 1] - poles[i] < spread(domain, poles[i], 2); };
+  std::vector<Denominator> dealt;
+  std::vector<double> alone;
   bool shared = false;
-  for (std::size_t i = 0; i + 1 < poles.size(); i++) shared = shared || equal(i);
-  if (!shared) return;
-
-  std::vector<Complex> moved(poles.begin(), poles.end());
-  for (std::size_t first = 0; first < poles.size();) {
-    std::size_t last = first;
-    while (last + 1 < poles.size() && equal(last)) last++;
+  for (std::size_t first = 0, last; first < poles.size(); first = last + 1) {
+    for (last = first; last + 1 < poles.size() && equal(last);) last++;
     const std::size_t m = last - first + 1;
-    if (m > 1 && first / 2 != last / 2) {
-      double centre = 0;
-      for (std::size_t i = first; i <= last; i++) centre += poles[i] / static_cast<double>(m);
-      const double radius = spread(domain, centre, m);
-      // Those alone in their term stay real, at angle 0 and, a second one, at pi; the rest become conjugates in a term.
-      std::size_t alone = 0, step = 1;
-      for (std::size_t i = first; i <= last; i++) {
-        const bool with_next = i % 2 == 0 && i + 1 <= last;
-        if (!with_next) {
-          moved[i] = centre + (alone++ == 0 ? radius : -radius);
-          continue;
-        }
-        const bool none_alone = first % 2 == 0 && last % 2 == 1;
-        const double angle = pi * static_cast<double>(none_alone ? 2 * step - 1 : 2 * step) / static_cast<double>(m);
-        moved[i] = centre + std::polar(radius, angle);
-        moved[i + 1] = std::conj(moved[i]);
-        step++;
-        i++;
-      }
+    shared = shared || m > 1;
+    double centre = 0;
+    for (std::size_t i = first; i <= last; i++) centre += poles[i] / static_cast<double>(m);
+    const double radius = m > 2 ? spread(domain, centre, m) : 0;
+    for (std::size_t j = 0; j < m / 2; j++) { // around the circle; of an odd number, one stays real at angle 0
+      const double angle = pi * static_cast<double>(m % 2 == 0 ? 2 * j + 1 : 2 * j + 2) / static_cast<double>(m);
+      const Complex moved = centre + std::polar(radius, angle);
+      dealt.push_back(with_roots(moved, std::conj(moved)));
     }
-    first = last + 1;
+    if (m % 2 == 1) alone.push_back(centre + radius);
   }
+  if (!shared) return;
   std::erase_if(terms, [](const Denominator &d) { return quadratic_roots(triple(d)).kind != RootKind::complex_pair; });
-  for (std::size_t i = 0; i + 1 < moved.size(); i += 2) terms.push_back(with_roots(moved[i], moved[i + 1]));
-  if (moved.size() % 2 == 1) terms.push_back({1, 0, -moved.back().real()});
+  terms.insert(terms.end(), dealt.begin(), dealt.end());
+  for (std::size_t i = 0; i + 1 < alone.size(); i += 2) terms.push_back(with_roots(alone[i], alone[i + 1]));
+  if (alone.size() % 2 == 1) terms.push_back({1, 0, -alone.back()});
 }
 
 } // namespace

@@ -95,8 +95,9 @@ static Real reproduction_error(std::span<const Wide> c, std::span<const Root> ro
   auto compare = [&](Root x) {
     Root product = static_cast<Real>(c[0]);
     for (const Root &root : roots) product *= x - root;
-    const Root value(value_and_slope(c, WideRoot(x)).value);
-    const Real error = std::abs(product - value) / std::abs(value);
+    const RootValue<WideRoot> v = value_and_slope(c, WideRoot(x));
+    // Below 1e-21 of its terms the value itself is not known well enough to ask for its digits.
+    const Real error = std::abs(product - Root(v.value)) / std::max(size(v.value), 1e-21L * v.size);
     worst = error < worst ? worst : error;
   };
   for (int i = 0; i < 32; i++) compare(std::polar<Real>(1, (i + 0.5L) * std::numbers::pi_v<Real> / 32));
@@ -105,8 +106,17 @@ static Real reproduction_error(std::span<const Wide> c, std::span<const Root> ro
   return worst;
 }
 
-// Rounding spreads a root of multiplicity m over a circle, whose centre stays in place. Such a crowd is replaced by its
-// centre; widest crowds first, and only if the polynomial stays the same.
+static std::vector<Wide> derivative(std::span<const Wide> p, std::size_t times) {
+  std::vector<Wide> c(p.begin(), p.end());
+  while (times--) {
+    c.pop_back();
+    for (std::size_t i = 0; i < c.size(); i++) c[i] *= static_cast<Real>(c.size() - i);
+  }
+  return c;
+}
+
+// Rounding spreads a root of multiplicity m over a circle. Such a crowd is replaced by the root of the (m-1)st
+// derivative at its centre, which is well conditioned; widest crowds first, and only if the polynomial stays the same.
 static void gather_multiple_roots(std::span<const Wide> c, std::vector<Root> &roots) {
   const std::size_t n = roots.size();
   for (Real reach = 0.3L; reach > 1e-8L; reach /= 4) {
@@ -129,6 +139,15 @@ static void gather_multiple_roots(std::span<const Wide> c, std::vector<Root> &ro
       Root centre = 0;
       for (std::size_t i : members) centre += roots[i];
       centre /= static_cast<Real>(members.size());
+      if (std::fabs(centre.imag()) <= 1e-3L * std::abs(centre)) centre = centre.real();
+      const std::vector<Wide> d = derivative(c, members.size() - 1);
+      for (int i = 0; i < 50; i++) {
+        const RootValue<Root> v = value_and_slope(d, centre);
+        if (v.value == Root(0) || v.slope == Root(0)) break;
+        const Root step = v.value / v.slope;
+        centre -= step;
+        if (std::abs(step) <= 1e-19L * std::abs(centre)) break;
+      }
       for (std::size_t i : members) gathered[i] = centre;
     }
     if (reproduction_error(c, gathered) < 1e-11L) {

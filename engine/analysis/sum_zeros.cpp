@@ -130,7 +130,7 @@ bool parallel_to_pole_zero(Domain domain, const SectionEntry &parallel, PoleZero
   if (static_cast<int>(estimates.size()) != count) return false;
 
   // The gain is taken at the place of the largest value, where it is known best.
-  const Values x = comparison_points(domain, poles), values = parallel_values(parallel, x);
+  const Values x = comparison_points(domain, poles), values = parallel_values<long double>(parallel, x);
   const auto peak = std::max_element(values.begin(), values.end(), [](Complex a, Complex b) {
     return !(std::abs(b) <= std::abs(a)) && std::isfinite(std::abs(b));
   });

@@ -19,8 +19,7 @@ double GainGrid::angle(std::size_t i) const {
 }
 
 double GainGrid::magnitude(const Triple &t, std::size_t i) const {
-  const double re = (t[0] + t[2]) * cosine[i] + t[1], im = (t[0] - t[2]) * sine[i];
-  return std::sqrt(re * re + im * im);
+  return std::sqrt(std::norm(value(t, i)));
 }
 
 std::vector<std::complex<double>> GainGrid::places() const {
@@ -39,8 +38,10 @@ static double product_peak(const SectionEntry &cascade, const GainGrid &grid) {
       if (d != 0) product[i] *= grid.magnitude(cascade.numerators[k], i) / d;
     }
   double peak = 0;
-  for (const double p : product)
-    if (!(p <= peak)) peak = p;
+  for (const double p : product) {
+    if (std::isnan(p)) return p;
+    peak = std::max(peak, p);
+  }
   return peak;
 }
 
@@ -85,10 +86,15 @@ double compute_cas_gain(SectionEntry &cascade, int points) {
 double regain_parallel(SectionEntry &parallel, int points) {
   const GainGrid grid(points);
   parallel.pars = 1;
-  const Values values = parallel_values(parallel, grid.places());
   double peak = 0;
-  for (const std::complex<double> h : values)
-    if (std::isfinite(std::abs(h))) peak = std::max(peak, std::abs(h));
+  for (std::size_t i = 0; i < grid.size(); i++) {
+    std::complex<double> h = parallel.gain;
+    for (int k = 0; k < parallel.section_count; k++)
+      if (const auto d = grid.value(parallel.denominators[k], i); d != 0.0)
+        h += grid.value(parallel.numerators[k], i) / d;
+    if (std::isnan(std::abs(h))) return std::abs(h);
+    peak = std::max(peak, std::abs(h));
+  }
   if (peak == 0 || peak == 1) return peak;
   const double s = 1 / peak;
   parallel.gain *= s;

@@ -18,6 +18,10 @@ public:
   explicit GainGrid(int points = gain_grid_points);
   std::size_t size() const { return cosine.size(); }
   double angle(std::size_t i) const; // radians per sample
+  /// a z + b + c z^-1 at point `i`.
+  std::complex<double> value(const Triple &t, std::size_t i) const {
+    return {(t[0] + t[2]) * cosine[i] + t[1], (t[0] - t[2]) * sine[i]};
+  }
   /// |a + b z^-1 + c z^-2| at point `i`.
   double magnitude(const Triple &triple, std::size_t i) const;
   /// z itself.
