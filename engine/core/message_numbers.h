@@ -42,7 +42,10 @@ namespace brisel {
   X(cannot_read_file, 910)                                                                                             \
   X(setting_out_of_limits, 911)                                                                                        \
   X(result_not_finite, 912)                                                                                            \
-  X(temporary_file_in_the_way, 913)
+  X(temporary_file_in_the_way, 913)                                                                                    \
+  X(command_not_available, 970)                                                                                        \
+  X(dsp_word_misfit, 971)                                                                                              \
+  X(bad_base_name, 972)
 
 enum class Message : int {
 #define BRISEL_ENUM(name, number) name = number,

@@ -1,0 +1,4 @@
+lp lowpass_sim.hex
+rp
+e
+q
