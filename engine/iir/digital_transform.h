@@ -1,0 +1,13 @@
+// digital_transform.h - from a digital lowpass to the requested band, by all-pass substitution of z^-1.
+#pragma once
+
+#include "engine/core/records.h"
+
+namespace brisel {
+
+/// Moves the parallel form of a digital lowpass with cutoff `theta_p` (radians per sample), as impulse_invariant_map()
+/// leaves it, to the band of the specification; its edges are the midpoints of the transitions. Terms of `target` are
+/// (0, n1, n0) / (1, a1, a2), two of them for a pair of a band filter, with what is constant in the direct term.
+void digital_transform(const SectionEntry &lowpass, SectionEntry &target, const FilterSpec &spec, double theta_p);
+
+} // namespace brisel

@@ -1,0 +1,54 @@
+// impulse_invariant_map.cpp - sampling of the impulse response, term by term; Oppenheim, Schafer, Discrete-Time Signal
+// Processing, ch. 7.
+#include "engine/iir/impulse_invariant_map.h"
+
+#include "engine/analysis/polynomial_roots.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace brisel {
+
+double normalized_step(double step) {
+  return std::clamp(step, 0.001, 0.01);
+}
+
+void impulse_invariant_map(const SectionEntry &s, SectionEntry &z, double step) {
+  z = s;
+  for (int i = 0; i < s.section_count; i++) {
+    const Triple &d = s.denominators[i];
+    const QuadraticRoots roots = quadratic_roots(d);
+    const double b0 = s.numerators[i][1], b1 = s.numerators[i][2];
+    Triple &numerator = z.numerators[i], &denominator = z.denominators[i];
+    switch (roots.kind) {
+    case RootKind::complex_pair: {
+      const double sigma = roots.first.real(), omega = roots.first.imag();
+      const double e = std::exp(sigma * step), cosine = std::cos(omega * step), sine = std::sin(omega * step) / omega;
+      denominator = {1, -2 * e * cosine, e * e};
+      numerator = {b0, -e * (b0 * cosine - (sigma * b0 + b1) * sine), 0};
+      break;
+    }
+    case RootKind::distinct_real:
+    case RootKind::double_real: {
+      // r1 the larger one; slope = (e1 - e2) / (r1 - r2) without the difference, step * e1 when they coincide.
+      const double r1 = std::max(roots.first.real(), roots.second.real());
+      const double r2 = std::min(roots.first.real(), roots.second.real());
+      const double e1 = std::exp(r1 * step), e2 = std::exp(r2 * step);
+      const double slope = r1 > r2 ? -e1 * std::expm1((r2 - r1) * step) / (r1 - r2) : step * e1;
+      denominator = {1, -e1 - e2, e1 * e2};
+      numerator = {b0, -((e1 - r1 * slope) * b0 - slope * b1), 0};
+      break;
+    }
+    case RootKind::single:
+      denominator = {0, 1, -std::exp(roots.first.real() * step)};
+      numerator = {0, b1, 0};
+      break;
+    case RootKind::none:
+      continue;
+    }
+    const double scale = step / (d[0] != 0 ? d[0] : d[1]);
+    for (double &place : numerator) place *= scale;
+  }
+}
+
+} // namespace brisel
