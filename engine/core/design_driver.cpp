@@ -1,0 +1,239 @@
+#include "engine/core/design_driver.h"
+
+#include "engine/analysis/plot_arrays.h"
+#include "engine/core/front_end.h"
+#include "engine/core/method_rule.h"
+#include "engine/core/spec_check.h"
+#include "engine/core/trace.h"
+#include "engine/fir/unfold.h"
+#include "engine/fir/window_design.h"
+
+#include <cstring>
+#include <memory>
+
+namespace brisel {
+
+namespace {
+
+constexpr int runs_between_trims = 5;
+
+// The parameter page of each filter type.
+constexpr std::array<Page, filter_type_count> parameter_pages{
+    Page::low_high_parameters,       Page::low_high_parameters,
+    Page::band_pass_stop_parameters, Page::band_pass_stop_parameters,
+    Page::differentiator_parameters, Page::multiband_parameters,
+    Page::hilbert_parameters,        Page::arbitrary_magnitude_parameters,
+    Page::group_delay_parameters,    Page::halfband_parameters,
+    Page::raised_cosine_parameters,  Page::raised_cosine_parameters,
+};
+
+Page method_page(FilterType type, int method) {
+  switch (type) {
+  case FilterType::differentiator:
+  case FilterType::hilbert:
+  case FilterType::arbitrary_magnitude:
+    return Page::fir;
+  case FilterType::arbitrary_group_delay:
+    return Page::group_delay;
+  default:
+    return method == code(DesignMethod::iir)      ? Page::iir
+           : method == code(DesignMethod::window) ? Page::window
+                                                  : Page::optimisation;
+  }
+}
+
+// Runs a page and keeps its answer in `status`; false when it was cancelled.
+bool asked(Page page) {
+  status = 0;
+  status = static_cast<int>(front_end->run_page(page));
+  return status != static_cast<int>(PageResult::cancelled);
+}
+
+bool is_group_delay_design() {
+  return design_state.filter_type == code(FilterType::arbitrary_group_delay) &&
+         design_state.DesignOrAnalysisType == code(DesignMethod::iir);
+}
+
+// A digital filter with a peak of 1 is shown up to 1, others need room above.
+void reset_plot_ranges(PlotSettings &plot, double sampling_frequency, bool peak_is_one) {
+  plot.frequency_range = {0, sampling_frequency / 2};
+  plot.magnitude_range = peak_is_one ? Range{0, 1} : Range{0, 2};
+  plot.log_magnitude_range = peak_is_one ? Range{-100, 0} : Range{-90, 10};
+}
+
+// What was asked for and does not exist yet; success when everything does.
+std::optional<Message> missing_stage() {
+  if (is_group_delay_design()) return Message::group_delay_not_available;
+  if (is_fir_method(design_state.DesignOrAnalysisType))
+    return design_state.MinimumPhaseType ? std::optional(Message::minimum_phase_not_available) : std::nullopt;
+  if (design_state.CompensationOption) return Message::iir_compensation_not_available;
+  if (design_state.PhaseEqualizationOption) return Message::phase_equalizer_not_available;
+  return std::nullopt;
+}
+
+template <class... Entries> void set_sample_rate(double rate, Entries &...entries) {
+  ((entries.sample_rate = rate), ...);
+}
+
+void restore_sample_rate(double rate) {
+  DesignRecord &r = design_record;
+  set_sample_rate(rate, r.fir_designed);
+  for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z})
+    set_sample_rate(rate, forms->cascade, forms->parallel, forms->pole_zero, forms->ratio, forms->lattice,
+                    forms->ladder_1, forms->ladder_2);
+}
+
+// The design that stood when the run started, for a user who stops the run. Two megabytes and more, hence on the heap
+// and only while a run lasts.
+struct SetAside {
+  std::unique_ptr<DesignRecord> record;
+  std::vector<std::string> notes;
+
+  SetAside() {
+    if (!design_record.valid) return;
+    record = std::make_unique_for_overwrite<DesignRecord>();
+    std::memcpy(record.get(), &design_record, sizeof design_record);
+    notes = design_notes;
+  }
+  void put_back() {
+    if (!record) return;
+    std::memcpy(&design_record, record.get(), sizeof design_record);
+    design_notes = notes;
+    if (is_fir_result())
+      fir_plot_array();
+    else
+      iir_plot_array();
+    front_end->refresh_plots();
+  }
+};
+
+} // namespace
+
+void SetFilterDesignType() {
+  trace(" entering SetFilterDesignType\n");
+  const int type = design_state.filter_type;
+  current_spec = &spec[type];
+  current_spec->type = type;
+  trace(" filter pointer %p, type = %d\n", static_cast<void *>(current_spec), type);
+  apply_frequency_mode();
+  apply_method_rule();
+  design_state.analog_type = code(AnalogPrototype::elliptic);
+  const FilterType filter_type{static_cast<std::int8_t>(type)};
+  const bool windowless = filter_type == FilterType::arbitrary_magnitude || filter_type == FilterType::raised_cosine ||
+                          filter_type == FilterType::root_raised_cosine;
+  current_spec->window_type = windowless ? rectangular_window : kaiser_window;
+  const bool odd_response = filter_type == FilterType::differentiator || filter_type == FilterType::hilbert;
+  design_state.symmetry = static_cast<std::uint8_t>(odd_response ? FirSymmetry::antisymmetric : FirSymmetry::symmetric);
+}
+
+FilterSpec normalised(const FilterSpec &given) {
+  FilterSpec out = given;
+  const double period = given.sampling_period;
+  out.symbol_rate *= period;
+  for (auto *edges : {&out.passband_edge, &out.stopband_edge})
+    for (double &f : *edges) f *= period;
+  for (auto *edges : {&out.band_lower, &out.band_upper})
+    for (double &f : *edges) f *= period;
+  for (double &f : out.function_frequency) f *= period;
+  out.sampling_frequency = two_pi;
+  out.sampling_period = 1;
+  return out;
+}
+
+bool GetFilterParameters() {
+  trace(" entering GetFilterParameters\n");
+  const FilterType type{design_state.filter_type};
+  return asked(parameter_pages[design_state.filter_type]) &&
+         asked(method_page(type, design_state.DesignOrAnalysisType));
+}
+
+bool GetOptionalFilterCompensationData() {
+  trace(" entering GetOptionalFilterCompensationData\n");
+  return !design_state.CompensationOption || is_group_delay_design() || asked(Page::compensation);
+}
+
+bool GetOptionalPhaseEqualizationData() {
+  trace(" entering GetOptionalPhaseEqualizationData\n");
+  return !design_state.PhaseEqualizationOption || is_fir_method(design_state.DesignOrAnalysisType) ||
+         asked(Page::phase_equalization);
+}
+
+void design_filter() {
+  SetFilterDesignType();
+  do {
+    if (!GetFilterParameters()) return;
+  } while (status == static_cast<int>(PageResult::back));
+  current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
+  if (!GetOptionalFilterCompensationData() || !GetOptionalPhaseEqualizationData()) return;
+
+  if (const auto complaint = check_spec(*current_spec))
+    return post_message(Message::impossible_specification, complaint->reason);
+  if (const auto missing = missing_stage()) return post_message(*missing);
+
+  SetAside previous;
+  stop_asked = false;
+  front_end->announce("Working...");
+  filter_dsgn_dsgn();
+  filter_dsgn_quan();
+  if (stop_asked) previous.put_back();
+  front_end->announce("Ready");
+}
+
+void filter_dsgn_dsgn() {
+  DesignRecord &r = design_record;
+  r.valid = 0;
+  status = 0;
+  design_notes.clear();
+  r.loaded = *current_spec;
+  r.spec = *current_spec;
+  r.selections = design_state;
+  r.quantization = quantization_settings;
+  const bool fir = is_fir_method(r.selections.DesignOrAnalysisType);
+  if (plot_settings.autoreset || plot_settings.frequency_range[0] == plot_settings.frequency_range[1])
+    reset_plot_ranges(plot_settings, r.loaded.sampling_frequency, !fir);
+  r.plot = plot_settings;
+  const std::uint8_t runs = r.design_counter++;
+  if (runs != 0 && runs % runs_between_trims == 0) trim_system_files();
+  trace("\n design counter = %d\n", r.design_counter);
+  trace(" entering filter_dsgn_dsgn \n");
+  reopen_system_files();
+  r.spec = normalised(r.loaded);
+
+  switch (DesignMethod{r.selections.DesignOrAnalysisType}) {
+  case DesignMethod::window:
+    r.valid = fir_window_design(r.spec, r.fir_designed);
+    break;
+  default:
+    post_message(Message::method_not_available);
+    break;
+  }
+  if (!r.valid) return;
+  if (fir) r.fir_designed.gain_option = static_cast<std::int8_t>(r.selections.GainOption);
+  restore_sample_rate(r.loaded.sampling_frequency);
+}
+
+void filter_dsgn_quan() {
+  DesignRecord &r = design_record;
+  if (!r.valid) return;
+  r.valid = 0;
+  trace(" entering filter_dsgn_quan \n");
+  reopen_system_files();
+  fir_entry_unfold(r.fir_designed, r.fir_unquantized);
+  fir_entry_unfold(r.fir_designed, r.fir);
+  r.finished = std::time(nullptr);
+  r.valid = !stop_asked;
+  filter_dsgn_plot();
+}
+
+void filter_dsgn_plot() {
+  if (!design_record.valid) return;
+  trace(" entering filter_dsgn_plot \n");
+  reopen_system_files();
+  if (is_fir_result())
+    fir_plot_array();
+  else
+    iir_plot_array();
+  front_end->refresh_plots();
+}
+
+} // namespace brisel
