@@ -10,6 +10,8 @@
 #include <exception>
 #include <fcntl.h>
 #include <memory>
+#include <optional>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -46,6 +48,29 @@ private:
   std::string kept;
 };
 
+/// A document holds the date as long as its time zone makes it, and everything after it moves along: for the same bytes
+/// everywhere the zone is the same everywhere.
+class UniversalTime {
+public:
+  UniversalTime() {
+    if (const char *zone = std::getenv("TZ")) kept = zone;
+    setenv("TZ", "UTC0", 1);
+    tzset();
+  }
+  ~UniversalTime() {
+    if (kept)
+      setenv("TZ", kept->c_str(), 1);
+    else
+      unsetenv("TZ");
+    tzset();
+  }
+  UniversalTime(const UniversalTime &) = delete;
+  UniversalTime &operator=(const UniversalTime &) = delete;
+
+private:
+  std::optional<std::string> kept;
+};
+
 std::string stem(brisel::PlotKind kind) {
   return std::string(brisel::plot_kinds[static_cast<std::size_t>(brisel::code(kind))].file_stem);
 }
@@ -80,6 +105,7 @@ extern "C" [[gnu::visibility("default")]] int brisel_render_pictures(const brise
                                                                      brisel::PictureResult *result) {
   const KeptLocale kept_locale;
   const QuietErrors quiet;
+  const UniversalTime zone;
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   try {
     static int count = 1;

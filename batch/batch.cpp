@@ -1,0 +1,80 @@
+#include "batch/batch.h"
+
+#include "batch/command_line.h"
+#include "batch/front_end.h"
+#include "batch/jobs.h"
+#include "engine/core/start_up.h"
+#include "engine/files/text_file.h"
+
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <new>
+#include <unistd.h>
+
+namespace brisel {
+
+namespace {
+
+void say(const std::string &text) {
+  std::string why;
+  FileSet out;
+  out.add_standard_output(text);
+  if (!out.commit(why)) throw JobFailure(exit_failed, why);
+}
+
+/// A batch run keeps to start values and leaves nothing behind but what was asked for.
+class EngineSession {
+public:
+  explicit EngineSession(FrontEnd &of_job) {
+    front_end = &of_job;
+    const SystemFile nowhere{SystemFile::Kind::null_device, {}};
+    program_start({.read_setup = false, .files = {nowhere, nowhere}});
+  }
+  ~EngineSession() { program_exit(ExitMode::discard); }
+  EngineSession(const EngineSession &) = delete;
+  EngineSession &operator=(const EngineSession &) = delete;
+};
+
+ExitStatus run(int argc, char **argv) {
+  Job job;
+  std::string answer;
+  if (const auto done = read_command_line(argc, argv, job, answer)) {
+    say(answer);
+    return *done;
+  }
+  BatchFrontEnd front_end(job);
+  const EngineSession session(front_end);
+  if (job.has(Command::design)) run_design(job, front_end);
+  if (job.has(Command::estimate)) run_estimate(job, front_end);
+  return exit_done;
+}
+
+ExitStatus complain(const std::string &text, ExitStatus exit_status) {
+  std::fprintf(stderr, "brisel: %s\n", escaped(text).c_str());
+  return exit_status;
+}
+
+} // namespace
+
+/// A closed standard stream would lend its number to the next file that is opened. What takes its place cannot be
+/// written to, so that writing still fails.
+static void occupy_standard_streams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++)
+    if (::fcntl(stream, F_GETFD) == -1) ::open("/dev/null", O_RDONLY);
+}
+
+int run_batch(int argc, char **argv) {
+  occupy_standard_streams();
+  // A reader that went away is a write error, not the end of the process between two files.
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    return run(argc, argv);
+  } catch (const JobFailure &failure) {
+    return complain(failure.what(), failure.exit_status);
+  } catch (const std::bad_alloc &) {
+    return complain("there is not enough memory for this job", exit_failed);
+  }
+}
+
+} // namespace brisel

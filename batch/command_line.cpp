@@ -1,0 +1,349 @@
+// command_line.cpp - every option is one row of a table: parsing, limits, help and the check for options that would do
+// nothing all read it.
+#include "batch/command_line.h"
+
+#include "engine/analysis/plot_arrays.h"
+#include "engine/core/code_tables.h"
+#include "engine/files/text_file.h"
+#include "engine/fir/compensation.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <variant>
+#include <vector>
+
+namespace brisel {
+
+namespace {
+
+using Names = std::vector<std::string_view>;
+
+// What the value of an option is, and where it goes.
+struct Number {
+  std::optional<int> Job::*place;
+  int low, high;
+};
+struct Choice {
+  std::optional<int> Job::*place;
+  Names (*names)(); // the index is the code; an empty name is not offered
+};
+struct FrequencyRange {
+  std::optional<Range> Job::*place;
+};
+struct OutputPath {
+  std::string Job::*place;
+};
+struct Switch {
+  bool Job::*place;
+};
+using Value = std::variant<Number, Choice, FrequencyRange, OutputPath, Switch>;
+
+template <class Table> Names options_of(const Table &table) {
+  Names names;
+  for (const auto &row : table) names.push_back(row.option);
+  return names;
+}
+
+Names methods() {
+  return {"", design_methods[code(DesignMethod::window)].option};
+}
+Names window_names() {
+  return options_of(windows);
+}
+Names compensations() { // index - 1 is the curve
+  return {"none", "sinc", "comb"};
+}
+
+constexpr unsigned for_design = static_cast<unsigned>(Command::design);
+constexpr unsigned for_analyze = static_cast<unsigned>(Command::analyze);
+constexpr unsigned for_estimate = static_cast<unsigned>(Command::estimate);
+constexpr unsigned for_results = for_design | for_analyze;
+
+constexpr unsigned method_bit(DesignMethod method) {
+  return 1u << code(method);
+}
+constexpr unsigned with_window = method_bit(DesignMethod::window);
+constexpr unsigned with_fir = with_window | method_bit(DesignMethod::equiripple) |
+                              method_bit(DesignMethod::linear_programming) | method_bit(DesignMethod::least_squares);
+constexpr unsigned with_any = ~0u;
+
+enum class Group { design, response, output };
+
+struct OptionRow {
+  const char *name;
+  const char *value_name;
+  Value value;
+  Group group;
+  unsigned commands;
+  unsigned methods;
+  const char *help;
+};
+
+const std::vector<OptionRow> &option_rows() {
+  static const std::vector<OptionRow> rows{
+      {"--method", "METHOD", Choice{&Job::method, methods}, Group::design, for_design, with_any,
+       "design method; default: iir for lowpass, highpass, bandpass and bandstop, else window"},
+      {"--length", "N", Number{&Job::length, min_taps, max_taps}, Group::design, for_design, with_fir,
+       "number of taps; default: the method's own estimate"},
+      {"--window", "WINDOW", Choice{&Job::window, window_names}, Group::design, for_design, with_window,
+       "window of the window method; default: kaiser, rectangular for arbitrary magnitude and raised cosine filters"},
+      {"--compensation", "CURVE", Choice{&Job::compensation, compensations}, Group::design, for_design, with_fir,
+       "make up for the droop of a zero-order hold (sinc) or of a comb decimator (comb); default: none"},
+      {"--rate-change", "N", Number{&Job::rate_change, 1, max_compensation_setting}, Group::design, for_design,
+       with_fir, "rate change of the comb; default: 1"},
+      {"--differential-delay", "N", Number{&Job::differential_delay, 1, max_compensation_setting}, Group::design,
+       for_design, with_fir, "differential delay of the comb; default: 1"},
+      {"--stages", "N", Number{&Job::stages, 1, max_compensation_setting}, Group::design, for_design, with_fir,
+       "number of stages of the comb; default: 1"},
+      {"--frequency-points", "N", Number{&Job::frequency_points, 2, max_frequency_points}, Group::response, for_results,
+       with_any, "points of the frequency responses; default: 1001"},
+      {"--time-points", "N", Number{&Job::time_points, 1, max_time_points}, Group::response, for_results, with_any,
+       "points of the time responses, default: 200; those of a FIR filter end with its last tap"},
+      {"--frequency-range", "LO:HI", FrequencyRange{&Job::frequency_range}, Group::response, for_results, with_any,
+       "range of the frequency responses in the unit of the file; default: 0 to half the sampling frequency"},
+      {"--log-frequency", "", Switch{&Job::log_frequency}, Group::response, for_results, with_any,
+       "logarithmic frequency axis"},
+      {"--json", "FILE", OutputPath{&Job::json}, Group::output, for_results | for_estimate, with_any,
+       "all results, machine readable; - is standard output"},
+      {"--spc", "FILE", OutputPath{&Job::spc}, Group::output, for_design, with_any, "specification file"},
+      {"--plot-data", "BASE", OutputPath{&Job::plot_data}, Group::output, for_results, with_any,
+       "tables of the responses: BASE.gdl .imp .lmn .mag .pha .stp"},
+      {"--plots", "DIR", OutputPath{&Job::plots}, Group::output, for_results, with_any,
+       "one PNG picture a plot, in a folder that is made if need be"},
+      {"--pdf", "FILE", OutputPath{&Job::pdf}, Group::output, for_results, with_any, "the plots as pages of one PDF"},
+  };
+  return rows;
+}
+
+[[noreturn]] void refuse(const OptionRow &row, const std::string &reason) {
+  throw JobFailure(exit_usage, std::string(row.name) + ": " + reason);
+}
+
+std::string quoted(const std::string &text) {
+  return "'" + text + "'";
+}
+
+std::string listed(const Names &names) {
+  std::string out;
+  for (const std::string_view name : names)
+    if (!name.empty()) out += (out.empty() ? "" : ", ") + std::string(name);
+  return out;
+}
+
+int read_number(const OptionRow &row, const Number &number, const std::string &text) {
+  std::size_t used = 0;
+  const auto value = parse_integer(text, &used);
+  if (!value || used != text.size()) refuse(row, quoted(text) + " is no whole number");
+  if (*value < number.low || *value > number.high)
+    refuse(row, formatf("%lld is outside %d to %d", *value, number.low, number.high));
+  return static_cast<int>(*value);
+}
+
+int read_choice(const OptionRow &row, const Choice &choice, const std::string &text) {
+  const Names names = choice.names();
+  const auto found = std::find(names.begin(), names.end(), text);
+  if (text.empty() || found == names.end()) refuse(row, quoted(text) + " is none of " + listed(names));
+  return static_cast<int>(found - names.begin());
+}
+
+Range read_range(const OptionRow &row, const std::string &text) {
+  const std::size_t colon = text.find(':');
+  const auto bound = [&](const std::string &part) {
+    std::size_t used = 0;
+    const auto value = parse_number(part, &used);
+    if (!value || used != part.size()) refuse(row, quoted(text) + " is not of the form LO:HI, two numbers");
+    return *value;
+  };
+  if (colon == text.npos) refuse(row, quoted(text) + " is not of the form LO:HI, two numbers");
+  const Range range{bound(text.substr(0, colon)), bound(text.substr(colon + 1))};
+  if (range[0] < 0) refuse(row, quoted(text) + " begins below zero");
+  if (range[0] >= range[1]) refuse(row, quoted(text) + " does not ascend");
+  return range;
+}
+
+std::string read_path(const OptionRow &row, const std::string &text) {
+  if (text.empty()) refuse(row, "the name is empty");
+  if (text == standard_output && row.value_name != std::string_view("DIR") &&
+      std::get<OutputPath>(row.value).place == &Job::json)
+    return text;
+  // "--json --spc x" forgot a name.
+  if (text[0] == '-') refuse(row, quoted(text) + " looks like an option; write ./" + text + " for a file of that name");
+  return text;
+}
+
+void take(const OptionRow &row, const std::string &text, Job &job) {
+  if (const auto *number = std::get_if<Number>(&row.value)) job.*number->place = read_number(row, *number, text);
+  if (const auto *choice = std::get_if<Choice>(&row.value)) job.*choice->place = read_choice(row, *choice, text);
+  if (const auto *range = std::get_if<FrequencyRange>(&row.value)) job.*range->place = read_range(row, text);
+  if (const auto *path = std::get_if<OutputPath>(&row.value)) job.*path->place = read_path(row, text);
+}
+
+bool given(const OptionRow &row, const Job &job) {
+  if (const auto *number = std::get_if<Number>(&row.value)) return (job.*number->place).has_value();
+  if (const auto *choice = std::get_if<Choice>(&row.value)) return (job.*choice->place).has_value();
+  if (const auto *range = std::get_if<FrequencyRange>(&row.value)) return (job.*range->place).has_value();
+  if (const auto *path = std::get_if<OutputPath>(&row.value)) return !(job.*path->place).empty();
+  return job.*std::get<Switch>(row.value).place;
+}
+
+struct CommandRow {
+  Command command;
+  const char *name;
+  const char *argument;
+  const char *input;
+  const char *help;
+};
+constexpr std::array commands{
+    CommandRow{Command::design, "design", "FILE.spc", "filter specification file",
+               "design the filter that a specification asks for"},
+    CommandRow{Command::estimate, "estimate", "FILE.spc", "filter specification file",
+               "tell the length that each window needs"},
+};
+
+constexpr std::size_t help_width = 100;
+constexpr std::size_t help_column = 28;
+
+/// `text` wrapped at the help's width, every line after the first set in.
+std::string wrapped(std::string_view text) {
+  std::string out;
+  std::size_t column = help_column;
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find(' ', start), text.size());
+    const std::string_view word = text.substr(start, end - start);
+    if (column + word.size() > help_width) {
+      out += "\n" + std::string(help_column, ' ');
+      column = help_column;
+    } else if (start > 0) {
+      out += " ";
+      column++;
+    }
+    out += word;
+    column += word.size();
+    start = end + 1;
+  }
+  return out + "\n";
+}
+
+std::string help_row(const std::string &left, const std::string &right) {
+  const bool fits = left.size() + 4 <= help_column;
+  return "  " + left + (fits ? std::string(help_column - 2 - left.size(), ' ') : "\n" + std::string(help_column, ' ')) +
+         wrapped(right);
+}
+
+std::string option_help(const OptionRow &row) {
+  std::string left = row.name, right = row.help;
+  if (*row.value_name) left += std::string(" ") + row.value_name;
+  if (const auto *number = std::get_if<Number>(&row.value)) right += formatf(" (%d to %d)", number->low, number->high);
+  if (const auto *choice = std::get_if<Choice>(&row.value)) right += "; one of: " + listed(choice->names());
+  return help_row(left, right);
+}
+
+std::string command_help(const CommandRow &command) {
+  std::string text = formatf("Usage: brisel %s %s [options]\n\n", command.name, command.argument);
+  std::string summary = command.help;
+  summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
+  text += summary + ".";
+  if (command.command != Command::estimate)
+    text += " A short summary goes to standard output, unless that carries the JSON\nobject. Files are written only "
+            "when the whole job has succeeded.";
+  text += "\n\n" + help_row(command.argument, command.input) + help_row("-h, --help", "this text");
+  constexpr std::array headings{"Design:", "Responses:", "Outputs:"};
+  for (std::size_t group = 0; group < headings.size(); group++) {
+    std::string rows;
+    for (const OptionRow &row : option_rows())
+      if (row.group == static_cast<Group>(group) && row.commands & static_cast<unsigned>(command.command))
+        rows += option_help(row);
+    if (!rows.empty()) text += formatf("\n%s\n", headings[group]) + rows;
+  }
+  return text +
+         "\nExit status: 0 done; 1 the job failed, with one line on standard error; 2 the command line is wrong.\n";
+}
+
+std::string program_help() {
+  std::string text = "Brisel " BRISEL_VERSION ", design and analysis of digital filters.\n\nUsage:\n";
+  for (const CommandRow &row : commands) text += help_row(formatf("brisel %s %s", row.name, row.argument), row.help);
+  text += help_row("brisel COMMAND --help", "the options of a command");
+  text += help_row("brisel --version", "the version");
+  return text + help_row("brisel --help", "this text");
+}
+
+/// The parser's own refusals in our words.
+std::string parser_complaint(const CLI::ParseError &error) {
+  const std::string text = error.what();
+  const std::string subject = text.substr(0, text.find(':'));
+  if (dynamic_cast<const CLI::ArgumentMismatch *>(&error))
+    return subject + (text.find("At Most") != text.npos ? ": is given more than once" : ": a value is missing");
+  const std::size_t colon = text.rfind(": ");
+  if (dynamic_cast<const CLI::ExtrasError *>(&error) && colon != text.npos)
+    return "unexpected argument: " + text.substr(colon + 2);
+  return text;
+}
+
+} // namespace
+
+std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, Job &job, std::string &answer) {
+  if (argc < 2) {
+    answer = program_help();
+    return exit_usage;
+  }
+  CLI::App app;
+  app.require_subcommand(0, 1);
+  app.set_help_flag("-h,--help");
+  app.set_version_flag("--version", "brisel " BRISEL_VERSION);
+  std::vector<CLI::App *> parsers;
+  for (const CommandRow &command : commands) {
+    CLI::App *const parser = app.add_subcommand(command.name);
+    parser->set_help_flag("-h,--help");
+    parsers.push_back(parser);
+    parser->add_option(command.argument, job.input)->required();
+    for (const OptionRow &row : option_rows()) {
+      if (!(row.commands & static_cast<unsigned>(command.command))) continue;
+      if (const auto *flag = std::get_if<Switch>(&row.value))
+        parser->add_flag(row.name, job.*flag->place);
+      else
+        parser->add_option(row.name, [&row, &job](const CLI::results_t &values) {
+          take(row, values.front(), job);
+          return true;
+        });
+    }
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &) {
+    answer = program_help();
+    for (std::size_t i = 0; i < commands.size(); i++)
+      if (parsers[i]->parsed()) answer = command_help(commands[i]);
+    return exit_done;
+  } catch (const CLI::CallForVersion &version) {
+    answer = std::string(version.what()) + "\n";
+    return exit_done;
+  } catch (const CLI::ParseError &error) {
+    throw JobFailure(exit_usage, parser_complaint(error));
+  }
+  for (std::size_t i = 0; i < commands.size(); i++)
+    if (parsers[i]->parsed()) job.command = commands[i].command;
+  if (job.command == Command::none) throw JobFailure(exit_usage, "a command is missing; brisel --help lists them");
+  if (job.input.empty()) throw JobFailure(exit_usage, "the name of the file to read is empty");
+  return std::nullopt;
+}
+
+void refuse_unused_options(const Job &job, int method) {
+  for (const OptionRow &row : option_rows()) {
+    if (row.methods >> method & 1 || !given(row, job)) continue;
+    Names usable;
+    for (std::size_t i = 0; i < design_methods.size(); i++)
+      if (row.methods >> i & 1) usable.push_back(design_methods[i].option);
+    refuse(row, formatf("has no meaning for method %s, only for ", std::string(design_methods[method].option).c_str()) +
+                    listed(usable));
+  }
+  const bool comb = job.compensation == static_cast<int>(CompensationCurve::comb) + 1;
+  for (const OptionRow &row : option_rows())
+    if (const auto *number = std::get_if<Number>(&row.value); number && given(row, job) && !comb)
+      if (number->place == &Job::rate_change || number->place == &Job::differential_delay ||
+          number->place == &Job::stages)
+        refuse(row, "needs --compensation comb");
+}
+
+} // namespace brisel

@@ -1,0 +1,53 @@
+#include "batch/front_end.h"
+
+#include "engine/core/messages.h"
+
+#include <algorithm>
+
+namespace brisel {
+
+PageResult BatchFrontEnd::run_page(Page page) {
+  // The parameter pages have nothing to ask: the specification was loaded before the run.
+  switch (page) {
+  case Page::fir:
+  case Page::window:
+  case Page::optimisation:
+    current_spec->length = job.length.value_or(0);
+    if (job.window) current_spec->window_type = *job.window;
+    break;
+  default:
+    break;
+  }
+  return PageResult::next;
+}
+
+void BatchFrontEnd::post_message(Message number, std::string_view detail) {
+  posted.push_back({number, std::string(detail)});
+}
+
+std::string BatchFrontEnd::line(const Posted &message) {
+  std::string text = message_text(message.number);
+  if (!message.detail.empty()) {
+    // The first line says what happened, the detail where and why.
+    text.resize(std::min(text.find('\n'), text.size()));
+    while (!text.empty() && text.back() == '.') text.pop_back();
+    return message.detail + " (" + text + ")";
+  }
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  while (!text.empty() && text.back() == ' ') text.pop_back();
+  return text;
+}
+
+std::string BatchFrontEnd::failure(const std::string &otherwise) const {
+  if (posted.empty()) return otherwise;
+  // A detail that does not say which file is about the one that the job works on.
+  const std::string text = line(posted.front());
+  return text.find(job.input) == text.npos ? job.input + ": " + text : text;
+}
+
+void BatchFrontEnd::messages_to_notes() {
+  for (const Posted &message : posted) design_notes.push_back(line(message));
+  posted.clear();
+}
+
+} // namespace brisel

@@ -1,0 +1,42 @@
+// job.h - what a command line asks for.
+#pragma once
+
+#include "engine/core/design_state.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace brisel {
+
+enum ExitStatus : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
+
+/// Ends a job. The text is the one line for standard error, without the program's name; it may hold foreign bytes,
+/// which are escaped when it is shown.
+struct JobFailure : std::runtime_error {
+  JobFailure(ExitStatus exit_status, const std::string &text) : std::runtime_error(text), exit_status(exit_status) {}
+  ExitStatus exit_status;
+};
+
+enum class Command : unsigned { none = 0, design = 1, analyze = 2, estimate = 4 };
+
+/// Options that were not given are empty; codes are those of the code tables.
+struct Job {
+  Command command = Command::none;
+  std::string input;
+
+  std::optional<int> method, length, window;
+  std::optional<int> compensation, rate_change, differential_delay, stages;
+  std::optional<int> frequency_points, time_points;
+  std::optional<Range> frequency_range; // in the unit of the file
+  bool log_frequency = false;
+
+  std::string json, spc, plot_data, plots, pdf;
+
+  bool has(Command wanted) const { return command == wanted; }
+};
+
+/// Path that stands for standard output.
+inline constexpr std::string_view standard_output = "-";
+
+} // namespace brisel

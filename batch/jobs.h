@@ -1,0 +1,13 @@
+// jobs.h - the sub-commands.
+#pragma once
+
+#include "batch/front_end.h"
+#include "batch/job.h"
+
+namespace brisel {
+
+// The engine has been started. Both throw JobFailure.
+void run_design(const Job &job, BatchFrontEnd &front_end);
+void run_estimate(const Job &job, BatchFrontEnd &front_end);
+
+} // namespace brisel
