@@ -4,6 +4,7 @@
 
 #include <QFontInfo>
 #include <QGuiApplication>
+#include <QHash>
 
 #include <clocale>
 #include <cstdlib>
@@ -107,6 +108,8 @@ extern "C" [[gnu::visibility("default")]] int brisel_render_pictures(const brise
   const QuietErrors quiet;
   const UniversalTime zone;
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  // The document writer lists its fonts in the order of a hash table, which is another one in every process otherwise.
+  QHashSeed::setDeterministicGlobalSeed();
   try {
     static int count = 1;
     static char name[] = "brisel";
