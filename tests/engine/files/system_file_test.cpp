@@ -395,3 +395,20 @@ TEST(CurrentSystemFile, IsTheFilterThatWasDesigned) {
   EXPECT_EQ(format_current_system_file(), std::nullopt);
   EXPECT_EQ(screen.posted.back().number, Message::unsupported_form);
 }
+
+TEST(SystemFile, TheExamplesAreWhatTheWriterWrites) {
+  ScriptedFrontEnd screen;
+  int count = 0;
+  for (const auto &file : fs::directory_iterator(BRISEL_SOURCE_DIR "/examples")) {
+    if (file.path().extension() != ".inp") continue;
+    count++;
+    std::ostringstream text;
+    text << std::ifstream(file.path()).rdbuf();
+    SystemReading reading;
+    ASSERT_EQ(read(text.str(), &reading), 0) << file.path();
+    const SystemEntries &entries = reading.domain == Domain::z ? z_entries : s_entries;
+    EXPECT_EQ(*format_system_file(reading.domain, reading.option, system_entry(entries, reading.option), 0),
+              text.str());
+  }
+  EXPECT_GE(count, 5);
+}
