@@ -2,6 +2,7 @@
 
 #include "engine/core/front_end.h"
 #include "engine/core/spec_check.h"
+#include "engine/files/entered_fir.h"
 #include "engine/files/fixed_columns.h"
 #include "engine/files/number_format.h"
 #include "engine/files/text_file.h"
@@ -943,34 +944,16 @@ namespace {
 
 InputOption fir_system(const CoefficientFile &image, SystemEntries &entries) {
   const bool fixed = image.quantization == QuantizationType::fir_fixed_point;
-  const int length = image.count;
-  const auto tap = [&](int i) {
-    return fixed ? std::ldexp(static_cast<double>(image.integers[i]), 1 - image.bits) : image.reals[i];
-  };
-  bool symmetric = true, antisymmetric = true;
-  for (int i = 0; i < length; i++) {
-    symmetric = symmetric && tap(i) == tap(length - 1 - i);
-    antisymmetric = antisymmetric && tap(i) == -tap(length - 1 - i);
-  }
-  const InputOption option = symmetric       ? InputOption::symmetric_fir
-                             : antisymmetric ? InputOption::antisymmetric_fir
-                                             : InputOption::nonsymmetric_fir;
+  std::vector<double> taps = image.reals;
+  for (std::size_t i = 0; i < image.integers.size(); i++)
+    taps[i] = std::ldexp(static_cast<double>(image.integers[i]), 1 - image.bits);
+  const InputOption option = entered_option(taps);
   FirEntry &fir = entries.fir[code(option) - code(InputOption::symmetric_fir)];
-  fir.length = length;
+  clear_entered_fir(option, fir);
+  enter_taps(taps, option, fir);
   fir.shift = static_cast<std::int32_t>(image.shift);
-  fir.unique_count = (length + 1) / 2;
-  fir.has_window = 0;
-  fir.fir_type = code(symmetric       ? FirSymmetry::symmetric
-                      : antisymmetric ? FirSymmetry::antisymmetric
-                                      : FirSymmetry::nonsymmetric);
-  fir.odd_length = length & 1;
-  fir.gain_option = code(FirScaling::none);
   fir.sample_rate = image.sampling_frequency;
   fir.gain = fixed ? image.gain_multiplier : 1;
-  fir.coeff.fill(0);
-  fir.window.fill(0);
-  const bool half = option != InputOption::nonsymmetric_fir;
-  for (int i = 0; i < (half ? fir.unique_count : length); i++) fir.coeff[i] = tap(half ? fir.unique_count - 1 - i : i);
   return option;
 }
 

@@ -3,6 +3,7 @@
 #include "engine/core/front_end.h"
 #include "engine/core/spec_check.h"
 #include "engine/core/trace.h"
+#include "engine/files/entered_fir.h"
 #include "engine/files/fixed_columns.h"
 #include "engine/files/text_file.h"
 
@@ -233,17 +234,8 @@ struct Reader {
     return number(1, signed_before ? sign : fir_value_column, value);
   }
   bool fir(FirEntry &entry, InputOption option) {
-    entry.shift = 0;
-    entry.has_window = 0;
-    entry.gain_option = code(FirScaling::none);
+    clear_entered_fir(option, entry);
     entry.sample_rate = sample_rate;
-    entry.coeff.fill(0);
-    entry.window.fill(0);
-    constexpr std::array types{FirSymmetry::symmetric, FirSymmetry::antisymmetric, FirSymmetry::nonsymmetric,
-                               FirSymmetry::lattice};
-    entry.fir_type = code(types[code(option) - code(InputOption::symmetric_fir)]);
-    entry.length = 0;
-    entry.unique_count = 0;
     int length = 0;
     if (!count(tap_count, length) || !number(1, fir_gain_column, entry.gain)) return false;
     entry.length = length;
@@ -443,26 +435,6 @@ double rate_of(SystemEntry entry) {
   return std::visit([](const auto *filter) { return filter->sample_rate; }, entry);
 }
 
-/// A finished FIR filter as an entered one: the half response when its taps mirror each other to the last digit.
-InputOption fir_input(const FirEntry &full, FirEntry &entry) {
-  bool symmetric = true, antisymmetric = true;
-  const int last = full.length - 1;
-  for (int i = 0; i <= last; i++) {
-    symmetric = symmetric && full.coeff[i] == full.coeff[last - i];
-    antisymmetric = antisymmetric && full.coeff[i] == -full.coeff[last - i];
-  }
-  entry.length = full.length;
-  entry.unique_count = (full.length + 1) / 2;
-  entry.sample_rate = full.sample_rate;
-  entry.gain = full.gain;
-  if (!symmetric && !antisymmetric) {
-    std::copy_n(full.coeff.begin(), full.length, entry.coeff.begin());
-    return InputOption::nonsymmetric_fir;
-  }
-  std::reverse_copy(full.coeff.begin(), full.coeff.begin() + entry.unique_count, entry.coeff.begin());
-  return symmetric ? InputOption::symmetric_fir : InputOption::antisymmetric_fir;
-}
-
 std::optional<InputOption> input_of(RealizationForm form) {
   switch (form) {
   case RealizationForm::cascade:
@@ -593,8 +565,13 @@ std::optional<std::string> format_current_system_file() {
   if (selections.DesignOrAnalysisType >= code(DesignMethod::z_analysis)) {
     text = format_analysis_input();
   } else if (is_fir_result()) {
+    const FirEntry &full = design_record.fir;
+    const std::span taps = std::span(full.coeff).first(full.length);
+    const InputOption option = entered_option(taps);
     const auto entry = std::make_unique<FirEntry>();
-    const InputOption option = fir_input(design_record.fir, *entry);
+    enter_taps(taps, option, *entry);
+    entry->sample_rate = full.sample_rate;
+    entry->gain = full.gain;
     text = format_system_file(Domain::z, option, entry.get(), selections.FrequencyMode);
   } else {
     const auto option = input_of(static_cast<RealizationForm>(design_record.realization));
