@@ -43,6 +43,8 @@ namespace brisel {
   X(setting_out_of_limits, 911)                                                                                        \
   X(result_not_finite, 912)                                                                                            \
   X(temporary_file_in_the_way, 913)                                                                                    \
+  X(least_squares_keeps_nothing, 925)                                                                                  \
+  X(linear_program_inaccurate, 926)                                                                                    \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)

@@ -47,8 +47,7 @@ std::optional<Compensation> selected_compensation() {
   return compensation;
 }
 
-/// A frequency of the run in the user's unit, with its name.
-static std::string in_users_unit(double w) {
+std::string in_users_unit(double w) {
   const UnitRow &unit = unit_row(design_record.selections.FrequencyMode);
   const double rate = design_record.loaded.sampling_frequency;
   return formatf("%.6g %s", w / two_pi * rate / unit.factor, std::string(unit.dialog_word).c_str());

@@ -5,6 +5,7 @@
 #include "engine/fir/compensation.h"
 
 #include <optional>
+#include <string>
 
 namespace brisel {
 
@@ -14,6 +15,9 @@ double window_attenuation(const FilterSpec &spec);
 
 /// The compensation that the design record asks for. Nothing, after a message, when a setting is beyond its limits.
 std::optional<Compensation> selected_compensation();
+
+/// A frequency of the run, radians per sample, in the user's unit and with its name.
+std::string in_users_unit(double w);
 
 /// Designs `spec` (a design run's, sampling frequency 2 pi) into `entry`: ideal half response, window beside it. Takes
 /// compensation and transition width from the design record's selections; a length of 0 is estimated for the window.

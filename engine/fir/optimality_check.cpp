@@ -1,0 +1,130 @@
+// optimality_check.cpp - alternation, peak errors and transition gain of a designed half response.
+#include "engine/fir/optimality_check.h"
+
+#include "engine/analysis/trigonometric_sums.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace brisel {
+
+constexpr int refinement = 8;          // how much denser the second grid is
+constexpr std::size_t fine_grid = 8;   // points per extremum from which on no maximum hides between two points
+constexpr double close_to_peak = 0.99; // an extremum counts within 1 % of the peak
+
+std::vector<double> half_response_amplitude(std::span<const double> half, FirSymmetry symmetry, bool odd_length,
+                                            std::span<const double> frequency) {
+  std::vector<double> c(half.begin(), half.end()), w(frequency.begin(), frequency.end()), amplitude(frequency.size());
+  const bool symmetric = symmetry == FirSymmetry::symmetric;
+  for (double &value : c) value *= 2;
+  if (odd_length && !c.empty()) c[0] = symmetric ? half[0] : 0;
+  for (double &value : w) value *= two_pi;
+  const SumKind kind = odd_length ? (symmetric ? SumKind::cosine : SumKind::sine)
+                                  : (symmetric ? SumKind::half_cosine : SumKind::half_sine);
+  trigonometric_sums(c, kind, w, amplitude);
+  return amplitude;
+}
+
+static std::vector<double> amplitude_of(const BandPlan &plan, std::span<const double> half,
+                                        std::span<const double> frequency) {
+  return half_response_amplitude(half, plan.symmetry, plan.odd_length(), frequency);
+}
+
+static std::vector<double> weighted_error(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half) {
+  std::vector<double> error = amplitude_of(plan, half, grid.frequency);
+  for (std::size_t i = 0; i < grid.size(); i++) error[i] = (error[i] - grid.desired[i]) * grid.weight[i];
+  return error;
+}
+
+static double largest_magnitude(std::span<const double> values) {
+  double largest = 0;
+  for (const double value : values) {
+    if (!std::isfinite(value)) return value;
+    largest = std::max(largest, std::abs(value));
+  }
+  return largest;
+}
+
+// Alternations among the points that come close to the peak.
+static int count_extrema(std::span<const double> error, double peak) {
+  int count = 0;
+  int last_sign = 0;
+  for (const double e : error) {
+    if (!(std::abs(e) >= close_to_peak * peak) || peak == 0) continue;
+    const int sign = e > 0 ? 1 : -1;
+    if (sign != last_sign) count++;
+    last_sign = sign;
+  }
+  return count;
+}
+
+// Points of a denser grid: all, or, where a fine grid allows it, those next to the high local maxima of `magnitude`,
+// among which the peak is.
+template <class AddPoint>
+static void points_between(std::span<const double> magnitude, double peak, bool all, AddPoint add) {
+  for (std::size_t i = 0; i < magnitude.size(); i++) {
+    const double here = std::abs(magnitude[i]);
+    const bool rises = i > 0 && here < std::abs(magnitude[i - 1]);
+    const bool falls = i + 1 < magnitude.size() && here < std::abs(magnitude[i + 1]);
+    if (!all && (here < 0.9 * peak || rises || falls)) continue;
+    for (int step = 1; step < refinement; step++) {
+      if (i > 0 && !all) add(i - 1, static_cast<double>(step) / refinement);
+      if (i + 1 < magnitude.size()) add(i, static_cast<double>(step) / refinement);
+    }
+  }
+}
+
+static double dense_peak(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half,
+                         std::span<const double> error, const OptimalReport &report) {
+  DesignGrid dense;
+  const bool coarse = grid.size() < fine_grid * static_cast<std::size_t>(report.required);
+  points_between(error, report.peak_error, coarse, [&](std::size_t i, double fraction) {
+    if (grid.band[i] != grid.band[i + 1]) return;
+    dense.add(plan, std::lerp(grid.frequency[i], grid.frequency[i + 1], fraction), grid.band[i]);
+  });
+  return std::max(report.peak_error, largest_magnitude(weighted_error(plan, dense, half)));
+}
+
+static void find_transition_gain(const BandPlan &plan, std::span<const double> half, OptimalReport &report) {
+  const double spacing = 1.0 / (32 * (plan.half_length() + 1)); // sixteen points per lobe of the amplitude
+  std::vector<double> f;
+  double from = 0;
+  for (int b = 0; b <= plan.band_count; b++) {
+    const double to = b < plan.band_count ? plan.bands[b].lower / two_pi : 0.5;
+    if (to - from > 2 * band_offset) {
+      const int steps = static_cast<int>(std::ceil((to - from) / spacing));
+      for (int i = 0; i <= steps; i++) f.push_back(std::lerp(from, to, static_cast<double>(i) / steps));
+    }
+    if (b < plan.band_count) from = plan.bands[b].upper / two_pi;
+  }
+  const std::vector<double> coarse = amplitude_of(plan, half, f);
+  std::vector<double> dense(f);
+  points_between(coarse, largest_magnitude(coarse), false, [&](std::size_t i, double fraction) {
+    if (f[i + 1] - f[i] <= 1.001 * spacing) dense.push_back(std::lerp(f[i], f[i + 1], fraction)); // not across a band
+  });
+  const std::vector<double> gain = amplitude_of(plan, half, dense);
+  for (std::size_t i = 0; i < dense.size(); i++) {
+    if (std::abs(gain[i]) <= report.transition_gain) continue;
+    report.transition_gain = std::abs(gain[i]);
+    report.transition_frequency = dense[i];
+  }
+}
+
+OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half) {
+  OptimalReport report;
+  report.required = cosine_count(plan.length, plan.symmetric()) + 1;
+  const std::vector<double> error = weighted_error(plan, grid, half);
+  report.peak_error = largest_magnitude(error);
+  report.dense_peak_error = report.peak_error;
+  if (!std::isfinite(report.peak_error)) return report;
+  report.extrema = count_extrema(error, report.peak_error);
+  report.dense_peak_error = dense_peak(plan, grid, half, error, report);
+  report.largest_desired = largest_magnitude(grid.desired);
+  for (std::size_t i = 0; i < grid.size(); i++)
+    report.largest_weighted_desired =
+        std::max(report.largest_weighted_desired, std::abs(grid.desired[i] * grid.weight[i]));
+  find_transition_gain(plan, half, report);
+  return report;
+}
+
+} // namespace brisel

@@ -1,0 +1,35 @@
+// optimality_check.h - whether taps are the weighted minimax optimum that they are meant to be.
+//
+// By the alternation theorem the best filter with r cosine functions is the one whose weighted error reaches its peak
+// with alternating sign at r + 1 points at least [Parks87, ch. 3]. The check looks at nothing but the taps, so it does
+// not depend on how they were found.
+#pragma once
+
+#include "engine/fir/remez.h"
+
+#include <span>
+#include <vector>
+
+namespace brisel {
+
+/// Amplitude of a half response (centre first) at `frequency` in cycles per sample. With symmetry 1 the response is
+/// the amplitude times a pure delay; antisymmetric ones have 90 degrees more.
+std::vector<double> half_response_amplitude(std::span<const double> half, FirSymmetry symmetry, bool odd_length,
+                                            std::span<const double> frequency);
+
+struct OptimalReport {
+  int extrema = 0;             // alternating extrema of the weighted error within 1 % of its peak, on the design grid
+  int required = 0;            // r + 1
+  double peak_error = 0;       // weighted, on the design grid
+  double dense_peak_error = 0; // weighted, on a grid eight times denser
+  double transition_gain = 0;  // largest magnitude outside all bands; 0 without such frequencies
+  double transition_frequency = 0;     // where, cycles per sample
+  double largest_desired = 0;          // magnitude in any band
+  double largest_weighted_desired = 0; // the same times its weight
+
+  bool optimal() const { return extrema >= required; }
+};
+/// `grid` is the design grid before any case transformation.
+OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half);
+
+} // namespace brisel
