@@ -107,4 +107,56 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
   return true;
 }
 
+bool form_exists(const IirForms &forms, RealizationForm form) {
+  switch (form) {
+  case RealizationForm::cascade:
+    return forms.cascade.gain != 0;
+  case RealizationForm::parallel:
+    return forms.parallel.pars != 0;
+  case RealizationForm::ratio:
+    return forms.ratio.gain != 0;
+  case RealizationForm::lattice:
+    return forms.lattice.gain != 0;
+  case RealizationForm::ladder_1:
+    return forms.ladder_1.gain != 0;
+  case RealizationForm::ladder_2:
+    return forms.ladder_2.gain != 0;
+  default:
+    return false;
+  }
+}
+
+static bool is_stable(const SectionEntry &entry) {
+  for (int k = 0; k < entry.section_count; k++) {
+    const ReducedSection section = reduced(entry.numerators[k], entry.denominators[k]);
+    const auto [a, b, c] = section.denominator;
+    // The triangle of stable second-order polynomials, its sides taken with the sign of the leading coefficient.
+    const bool inside = section.denominator_degree == 2 ? std::fabs(c) < std::fabs(a) && std::fabs(b) < std::fabs(a + c)
+                        : section.denominator_degree == 1 ? std::fabs(c) < std::fabs(b)
+                                                          : section.denominator_degree == 0;
+    if (!inside) return false;
+  }
+  return true;
+}
+
+bool is_stable(const IirForms &forms, RealizationForm form) {
+  auto stable = [](const std::optional<WideRatio> &wide) { return wide && is_stable(*wide); };
+  switch (form) {
+  case RealizationForm::cascade:
+    return is_stable(forms.cascade);
+  case RealizationForm::parallel:
+    return is_stable(forms.parallel);
+  case RealizationForm::ratio:
+    return stable(wide_ratio(Domain::z, forms.ratio));
+  case RealizationForm::lattice:
+    return stable(wide_ratio(forms.lattice));
+  case RealizationForm::ladder_1:
+    return stable(wide_ratio(forms.ladder_1));
+  case RealizationForm::ladder_2:
+    return stable(wide_ratio(forms.ladder_2));
+  default:
+    return false;
+  }
+}
+
 } // namespace brisel

@@ -114,4 +114,11 @@ struct FormReport {
 /// not finite), and no other form was touched.
 bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found);
 
+/// False for a form that derive_forms() could not make.
+bool form_exists(const IirForms &forms, RealizationForm form);
+
+/// True when all poles of a digital form lie inside the unit circle. Decided from its coefficients without computing a
+/// pole.
+bool is_stable(const IirForms &forms, RealizationForm form);
+
 } // namespace brisel

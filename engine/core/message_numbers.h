@@ -45,6 +45,10 @@ namespace brisel {
   X(temporary_file_in_the_way, 913)                                                                                    \
   X(least_squares_keeps_nothing, 925)                                                                                  \
   X(linear_program_inaccurate, 926)                                                                                    \
+  X(quantized_to_zero, 950)                                                                                            \
+  X(form_does_not_exist, 951)                                                                                          \
+  X(scaling_impossible, 952)                                                                                           \
+  X(quantized_unstable, 953)                                                                                           \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)
