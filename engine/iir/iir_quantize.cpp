@@ -84,13 +84,13 @@ bool refuse(Message number) {
 
 // Sets the gain of the chosen form and returns the factor by which its response grew.
 double set_gain(IirForms &z, RealizationForm form) {
-  double peak = 0;
+  double peak = z.parallel.pars; // which regain_parallel() resets and does not count
   switch (form) {
   case RealizationForm::cascade:
     peak = compute_cas_gain(z.cascade);
     break;
   case RealizationForm::parallel:
-    peak = regain_parallel(z.parallel);
+    peak *= regain_parallel(z.parallel);
     break;
   case RealizationForm::ratio:
     peak = regain_ratio(z.ratio);
