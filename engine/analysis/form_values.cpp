@@ -119,7 +119,7 @@ template Values ladder_values<double>(const LadderEntry &, Places);
 template Values ladder_values<long double>(const LadderEntry &, Places);
 
 Values comparison_points(Domain domain, std::span<const Complex> poles) {
-  constexpr int steps = 256;
+  constexpr int steps = 128;
   Values points;
   double low = 0, high = 0; // magnitudes of the poles
   for (const Complex pole : poles) {
