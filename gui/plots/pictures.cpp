@@ -17,6 +17,12 @@ QString title_of(const PlotData &data) {
   return QString::fromStdString(data.title);
 }
 
+PlotStyle picture_style(const DisplaySettings &settings) {
+  PlotStyle style = mono_plot_style(settings);
+  style.always_smooth = true;
+  return style;
+}
+
 /// Blanks the date out of the document information; its length, and with it every offset of the file, stays.
 void remove_creation_date(QByteArray &pdf) {
   const qsizetype start = pdf.indexOf("/CreationDate (");
@@ -35,12 +41,12 @@ QByteArray plot_png(const PlotData &data, const DisplaySettings &settings, const
   image.setDotsPerMeterY(dots_per_meter);
   QPainter painter(&image);
   PlotLayout layout;
-  draw_plot(painter, QRectF(QPointF(), pixels), data, mono_plot_style(settings), layout);
+  draw_plot(painter, QRectF(QPointF(), pixels), data, picture_style(settings), layout);
   painter.end();
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
-  image.save(&buffer, "PNG");
+  image.convertToFormat(QImage::Format_Grayscale8).save(&buffer, "PNG");
   return bytes;
 }
 
@@ -56,7 +62,7 @@ QByteArray plot_svg(const PlotData &data, const DisplaySettings &settings, const
   svg.setDescription(QString::fromStdString(data.problem));
   QPainter painter(&svg);
   PlotLayout layout;
-  draw_plot(painter, QRectF(QPointF(), size), data, mono_plot_style(settings), layout);
+  draw_plot(painter, QRectF(QPointF(), size), data, picture_style(settings), layout);
   painter.end();
   return bytes;
 }
@@ -73,7 +79,7 @@ QByteArray plot_pdf(std::span<const PlotData> plots, const DisplaySettings &sett
     writer.setCreator(QStringLiteral("Brisel"));
     writer.setTitle(QString::fromStdString(plots.front().problem));
     QPainter painter(&writer);
-    const PlotStyle style = mono_plot_style(settings);
+    const PlotStyle style = picture_style(settings);
     for (const PlotData &plot : plots) {
       if (&plot != &plots.front()) writer.newPage();
       PlotLayout layout;

@@ -12,17 +12,18 @@ constexpr double far_away = 1e9; // device units; where a steeper line starts ma
 /// Collects points into polylines that stay inside the frame.
 class ClippedPath {
 public:
-  explicit ClippedPath(const PlotFrame &frame) : frame(frame) {}
+  ClippedPath(const PlotFrame &frame, std::vector<Polyline> &lines) : frame(frame), lines(lines) {}
 
-  void move_to(const PlotPoint &point) { // a lone point becomes a line of no length, which a pen draws as a dot
+  void jump_to(const PlotPoint &point) { current = point; }
+  void move_to(const PlotPoint &point) { // a lone point becomes a line of no length, which is drawn as a dot
     current = point;
     add_segment(point, point);
   }
   void line_to(const PlotPoint &point) {
+    if (point.x == current.x && point.y == current.y) return;
     add_segment(current, point);
     current = point;
   }
-  std::vector<Polyline> take() { return std::move(lines); }
 
 private:
   void add_segment(PlotPoint from, PlotPoint to) {
@@ -32,34 +33,84 @@ private:
     lines.back().push_back(to);
   }
 
-  PlotFrame frame;
+  const PlotFrame &frame;
+  std::vector<Polyline> &lines;
   PlotPoint current{};
-  std::vector<Polyline> lines;
 };
 
-/// The points of one pixel column: first, extremes in their order, last.
-class Column {
-public:
-  void start(const PlotPoint &point) { first = lowest = highest = last = point, lowest_after = false, count = 1; }
+/// The points of one pixel column.
+struct Column {
+  double index = 0;
+  PlotPoint first{}, lowest{}, highest{}, last{};
+  bool lowest_after = false; // the lowest point comes after the highest
+  double climb = 0;          // sum of all ups and downs
+  std::size_t count = 0;
+
+  void start(double column, const PlotPoint &point) { *this = {column, point, point, point, point, false, 0, 1}; }
   void add(const PlotPoint &point) {
     if (point.y < lowest.y) lowest = point, lowest_after = true;
     if (point.y > highest.y) highest = point, lowest_after = false;
+    climb += std::abs(point.y - last.y);
     last = point;
     count++;
   }
-  template <class Visit> void visit(Visit visit) const {
-    visit(first);
-    if (count > 2) {
-      visit(lowest_after ? highest : lowest);
-      visit(lowest_after ? lowest : highest);
-    }
-    if (count > 1) visit(last);
+  bool swings() const {
+    constexpr double visible = 4; // device units
+    return climb - (highest.y - lowest.y) > visible;
   }
+};
+
+/// Turns columns into lines and bars.
+class ShapeBuilder {
+public:
+  ShapeBuilder(const PlotFrame &frame, double column) : frame(frame), width(column), path(frame, shape.lines) {}
+
+  void interrupt() { connected = false; }
+  void add(const Column &column) {
+    if (column.swings())
+      add_bar(column);
+    else
+      add_points(column);
+    previous = column;
+    connected = true;
+  }
+  CurveShape take() { return std::move(shape); }
 
 private:
-  PlotPoint first{}, lowest{}, highest{}, last{};
-  bool lowest_after = false;
-  std::size_t count = 0;
+  void add_points(const Column &c) {
+    if (connected)
+      path.line_to(c.first);
+    else
+      path.move_to(c.first);
+    if (c.count > 2) {
+      path.line_to(c.lowest_after ? c.highest : c.lowest);
+      path.line_to(c.lowest_after ? c.lowest : c.highest);
+    }
+    if (c.count > 1) path.line_to(c.last);
+  }
+
+  void add_bar(const Column &c) {
+    double top = c.lowest.y, bottom = c.highest.y;
+    if (connected && previous.swings() && previous.index + 1 == c.index) { // touches its neighbour
+      top = std::min(top, previous.highest.y);
+      bottom = std::max(bottom, previous.lowest.y);
+    } else if (connected) {
+      path.line_to(c.first);
+    }
+    path.jump_to(c.last);
+    const double left = frame.left + c.index * width;
+    top = std::max(top, frame.top);
+    bottom = std::min(bottom, frame.bottom);
+    if (left >= frame.left && left + width <= frame.right && top <= bottom)
+      shape.bars.push_back({left, width, top, bottom});
+  }
+
+  const PlotFrame &frame;
+  double width;
+  CurveShape shape;
+  ClippedPath path;
+  Column previous;
+  bool connected = false;
 };
 
 } // namespace
@@ -90,43 +141,32 @@ bool clip_segment(const PlotFrame &frame, PlotPoint &from, PlotPoint &to) {
   return true;
 }
 
-std::vector<Polyline> curve_polylines(const CurvePoints &points, const AxisMap &x_map, const AxisMap &y_map,
-                                      const PlotFrame &frame, double column) {
-  ClippedPath path(frame);
+CurveShape curve_shape(const CurvePoints &points, const AxisMap &x_map, const AxisMap &y_map, const PlotFrame &frame,
+                       double column) {
+  ShapeBuilder builder(frame, column);
   Column pending;
-  double pending_column = 0;
-  bool drawing = false, connected = false;
   const auto flush = [&] {
-    if (!drawing) return;
-    pending.visit([&](const PlotPoint &point) {
-      if (connected)
-        path.line_to(point);
-      else
-        path.move_to(point);
-      connected = true;
-    });
-    drawing = false;
+    if (pending.count > 0) builder.add(pending);
+    pending.count = 0;
   };
   for (std::size_t i = 0; i < points.y.size(); i++) {
     PlotPoint point{x_map.position(points.x_value(i)), y_map.position(points.y[i])};
     if (!std::isfinite(point.x) || !std::isfinite(point.y)) {
       flush();
-      connected = false;
+      builder.interrupt();
       continue;
     }
     point = {std::clamp(point.x, -far_away, far_away), std::clamp(point.y, -far_away, far_away)};
-    const double in_column = std::floor((point.x - frame.left) / column);
-    if (drawing && in_column == pending_column) {
+    const double index = std::floor((point.x - frame.left) / column);
+    if (pending.count > 0 && index == pending.index) {
       pending.add(point);
     } else {
       flush();
-      pending.start(point);
-      pending_column = in_column;
-      drawing = true;
+      pending.start(index, point);
     }
   }
   flush();
-  return path.take();
+  return builder.take();
 }
 
 } // namespace brisel

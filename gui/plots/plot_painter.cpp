@@ -1,6 +1,7 @@
 #include "gui/plots/plot_painter.h"
 
 #include <QFontMetricsF>
+#include <QPaintEngine>
 
 #include <algorithm>
 #include <cmath>
@@ -91,13 +92,13 @@ public:
       use(style.reference);
       CurvePoints reference = data.curve;
       reference.y = data.reference;
-      draw(curve_polylines(reference, x_map, y_map, l.frame(), 1));
+      draw(curve_shape(reference, x_map, y_map, l.frame(), 1));
     }
     use(style.function);
     if (data.samples_as_marks && stems_have_room())
       stems();
     else
-      draw(curve_polylines(data.curve, x_map, y_map, l.frame(), 1));
+      draw(curve_shape(data.curve, x_map, y_map, l.frame(), 1));
     painter.restore();
   }
 
@@ -180,19 +181,78 @@ private:
     if (clip_segment(l.frame(), from, to)) draw_line(from.x, from.y, to.x, to.y);
   }
 
-  void draw(const std::vector<Polyline> &lines) {
+  void draw(const CurveShape &shape) {
+    const double margin = painter.pen().widthF() / 2;
+    for (const CurveBar &bar : shape.bars)
+      painter.fillRect(QRectF(bar.left, bar.top - margin, bar.width, bar.bottom - bar.top + 2 * margin),
+                       painter.pen().color());
+    if (!style.always_smooth && is_dense(shape)) {
+      draw_unsmoothed(shape);
+      return;
+    }
     painter.setRenderHint(QPainter::Antialiasing);
-    for (const Polyline &line : lines) {
-      if (line.size() == 2 && line[0].x == line[1].x && line[0].y == line[1].y) {
+    for (const Polyline &line : shape.lines) {
+      if (line.size() == 2 && line[0].x == line[1].x && line[0].y == line[1].y)
         painter.drawEllipse(QPointF(line[0].x, line[0].y), l.unit, l.unit);
-        continue;
-      }
-      std::vector<QPointF> points;
-      points.reserve(line.size());
-      for (const PlotPoint &point : line) points.emplace_back(point.x, point.y);
-      painter.drawPolyline(points.data(), static_cast<int>(points.size()));
+      else
+        draw(line);
     }
     painter.setRenderHint(QPainter::Antialiasing, false);
+  }
+
+  static double length_of(const Polyline &line) {
+    double length = 0;
+    for (std::size_t i = 1; i < line.size(); i++)
+      length += std::hypot(line[i].x - line[i - 1].x, line[i].y - line[i - 1].y);
+    return length;
+  }
+
+  bool is_dense(const CurveShape &shape) const {
+    constexpr double most = 40000; // pixels; smoothing takes about 0.25 us each
+    double length = 0;
+    for (const Polyline &line : shape.lines) length += length_of(line);
+    return length > most;
+  }
+
+  /// Thin lines side by side make the width of the pen: those the toolkit draws fast.
+  void draw_unsmoothed(const CurveShape &shape) {
+    const QPen whole = painter.pen();
+    QPen thin = whole;
+    thin.setWidth(0);
+    painter.setPen(thin);
+    std::vector<QPointF> points;
+    for (const Polyline &line : shape.lines)
+      for (int copy = 0; copy < std::lround(whole.widthF()); copy++) {
+        points.clear();
+        for (const PlotPoint &point : line) points.emplace_back(point.x + copy, point.y);
+        painter.drawPolyline(points.data(), static_cast<int>(points.size()));
+      }
+    painter.setPen(whole);
+  }
+
+  /// On pixels in pieces: the time that a smoothed line takes grows with the square of its crossings of a pixel row.
+  void draw(const Polyline &line) {
+    const bool pixels = painter.paintEngine()->type() == QPaintEngine::Raster;
+    const std::size_t most = pixels ? 4 : line.size();
+    const QPen whole = painter.pen();
+    double length = 0;
+    Polyline piece;
+    std::vector<QPointF> points;
+    for (const PlotPoint &point : line) {
+      piece.push_back(point);
+      if (piece.size() < most && &point != &line.back()) continue;
+      if (pixels && whole.style() != Qt::SolidLine) { // a dash goes on where the last piece ended
+        QPen pen = whole;
+        pen.setDashOffset(length / whole.widthF());
+        painter.setPen(pen);
+        length += length_of(piece);
+      }
+      points.clear();
+      for (const PlotPoint &corner : piece) points.emplace_back(corner.x, corner.y);
+      painter.drawPolyline(points.data(), static_cast<int>(points.size()));
+      piece.assign(1, point);
+    }
+    painter.setPen(whole);
   }
 
   /// Stems closer than this run into each other.

@@ -14,6 +14,7 @@ struct PlotStyle {
   QColor background;
   QPen outline, grid, function, reference, zoom, cursor;
   QPen labels, titles, problem; // text colours
+  bool always_smooth = false;   // also a curve so dense that smoothing takes longer than a window should
   QFont label_font, title_font, problem_font, text_font;
 };
 

@@ -11,12 +11,16 @@ namespace {
 constexpr PlotFrame frame{10, 20, 110, 220};
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-std::vector<Polyline> curve(const std::vector<double> &y, const Range &range = {-1, 1}) {
+CurveShape shape(const std::vector<double> &y) {
   CurvePoints points;
   points.y = y;
   const double end = std::max<double>(1, static_cast<double>(y.size()) - 1);
-  return curve_polylines(points, {{0, end}, false, frame.left, frame.right}, {range, false, frame.bottom, frame.top},
-                         frame, 1);
+  return curve_shape(points, {{0, end}, false, frame.left, frame.right}, {{-1, 1}, false, frame.bottom, frame.top},
+                     frame, 1);
+}
+
+std::vector<Polyline> curve(const std::vector<double> &y) {
+  return shape(y).lines;
 }
 
 std::size_t point_count(const std::vector<Polyline> &lines) {
@@ -82,19 +86,29 @@ TEST(PlotCurve, HugeValuesLeaveTheFrameAtItsEdge) {
 
 TEST(PlotCurve, LongCurvesKeepTheirExtremesInEachColumn) {
   std::vector<double> y(10001);
-  for (std::size_t i = 0; i < y.size(); i++) y[i] = 0.3 * std::sin(static_cast<double>(i) * 1.7);
+  for (std::size_t i = 0; i < y.size(); i++) y[i] = 0.5 * std::sin(static_cast<double>(i) * 1e-3);
   y[4321] = 0.9;
   y[8765] = -0.8;
-  const auto lines = curve(y);
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_LE(point_count(lines), 4u * 102);
-  double highest = -infinity, lowest = infinity;
-  for (const PlotPoint &point : lines[0]) {
-    highest = std::max(highest, point.y);
-    lowest = std::min(lowest, point.y);
+  const CurveShape slow = shape(y);
+  EXPECT_LE(point_count(slow.lines), 2u * 102 + 2);
+  ASSERT_EQ(slow.bars.size(), 2u) << "the columns of the two peaks";
+  EXPECT_DOUBLE_EQ(slow.bars[0].left, 10 + 43);
+  EXPECT_DOUBLE_EQ(slow.bars[0].top, 30); // 0.9 up from the middle
+  EXPECT_DOUBLE_EQ(slow.bars[1].bottom, 200);
+}
+
+TEST(PlotCurve, ColumnsInWhichTheCurveSwingsBecomeBars) {
+  std::vector<double> y(10001);
+  for (std::size_t i = 0; i < y.size(); i++) y[i] = (i % 2 ? 2 : -0.5) * (i < 5000 ? 1 : 1e30);
+  const CurveShape fast = shape(y);
+  EXPECT_EQ(fast.bars.size(), 100u);
+  EXPECT_LE(point_count(fast.lines), 4u); // from the last bar to the end
+  for (const CurveBar &bar : fast.bars) {
+    EXPECT_DOUBLE_EQ(bar.top, frame.top);
+    EXPECT_DOUBLE_EQ(bar.bottom, bar.left < 60 ? 170 : frame.bottom);
+    EXPECT_GE(bar.left, frame.left);
+    EXPECT_LE(bar.left + bar.width, frame.right);
   }
-  EXPECT_DOUBLE_EQ(lowest, 30);   // 0.9 up from the middle
-  EXPECT_DOUBLE_EQ(highest, 200); // 0.8 down
 }
 
 TEST(PlotCurve, FewPointsAreKeptAsTheyAre) {
