@@ -211,6 +211,7 @@ void iir_plot_array() {
   trace(" entering iir plot array\n");
   init_plot_array();
   plot_state.fir_design = false;
+  plot_state.s_plane = RealizationForm{design_record.realization} == RealizationForm::nonlinear;
   const IirForms &forms = design_record.z_quantized;
   const std::span points = grid.points;
   const FrequencyResponse frequency = frequency_response();

@@ -45,6 +45,7 @@ struct PlotState {
   bool log_axis;
   bool radians;
   bool fir_design;
+  bool s_plane;              // poles and zeros are those of an analog system, in radians per second
   bool poles_zeros_computed; // false: too many taps, or not asked for
   Range magnitude, log_magnitude, phase, group_delay, impulse, step;
   Range time;          // seconds

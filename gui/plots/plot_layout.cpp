@@ -23,8 +23,8 @@ QString qt(const std::string &text) {
 class Arranger {
 public:
   Arranger(PlotLayout &layout, const PlotData &data, const PlotStyle &style, const QPaintDevice &device)
-      : layout(layout), data(data), labels(style.label_font, &device), titles(style.title_font, &device),
-        problems(style.problem_font, &device), pad(4 * layout.unit) {}
+      : layout(layout), data(data), style(style), device(device), labels(style.label_font, &device),
+        titles(style.title_font, &device), problems(style.problem_font, &device), pad(4 * layout.unit) {}
 
   /// With texts in the order in which a small device loses them: 0 all, 1 without the problem description, 2 also
   /// without axis labels, 3 also without a title, 4 also without tick labels. False when the plot area gets too small.
@@ -210,8 +210,8 @@ private:
     if (with_ticks) y += line(labels);
     if (has_bottom_text()) {
       y += pad / 2;
-      add_centred(data.kind == PlotKind::pole_zero ? TextRole::note : TextRole::x_label, qt(bottom_text), labels,
-                  centre, y);
+      add_centred(data.kind == PlotKind::pole_zero ? TextRole::note : TextRole::x_label, qt(bottom_text),
+                  style.label_font, centre, y);
     }
     if (with_axis_labels && !data.y_label.empty()) {
       const double room = l.bottom - l.top + 2 * std::min(l.top - l.y, l.y + l.height - l.bottom) - 2 * pad;
@@ -223,10 +223,11 @@ private:
     }
     if (with_title) {
       const double above = l.top - (with_ticks ? line(labels) / 2 : 0) - l.y;
-      add_centred(TextRole::title, qt(data.title), titles, centre, l.y + std::max(pad, (above - line(titles)) / 2));
+      add_centred(TextRole::title, qt(data.title), style.title_font, centre,
+                  l.y + std::max(pad, (above - line(titles)) / 2));
     }
     if (with_problem)
-      add_centred(TextRole::problem, qt(data.problem), problems, l.x + l.width / 2,
+      add_centred(TextRole::problem, qt(data.problem), style.problem_font, l.x + l.width / 2,
                   l.y + l.height - pad - line(problems));
   }
 
@@ -234,18 +235,27 @@ private:
     if (!text.isEmpty()) layout.texts.push_back({role, text, place, upright});
   }
 
-  /// Cut to the device width and moved inside it.
-  void add_centred(TextRole role, const QString &whole, const QFontMetricsF &metrics, double centre, double y) {
-    const double room = layout.width - 2 * pad;
+  /// Moved inside the device; a longer text is made smaller, then cut.
+  void add_centred(TextRole role, const QString &whole, const QFont &font, double centre, double y) {
+    constexpr double smallest = 0.7;
+    const double room = layout.width - 2 * pad, height = line(QFontMetricsF(font, &device));
+    double points = font.pointSizeF();
+    // Measured anew at each size: widths of hinted glyphs are not in proportion.
+    while (width_of(whole, QFontMetricsF(with_size(font, points), &device)) > room &&
+           points - 0.5 >= smallest * font.pointSizeF())
+      points -= 0.5;
+    const QFontMetricsF metrics(with_size(font, points), &device);
     const QString text = metrics.elidedText(whole, Qt::ElideRight, room);
-    const double width = width_of(text, metrics);
-    const double x =
-        std::clamp(centre - width / 2, layout.x + pad, std::max(layout.x + pad, layout.x + pad + room - width));
-    add(role, text, {x, y, width, line(metrics)});
+    const double width = width_of(text, metrics), left = layout.x + pad;
+    const double x = std::clamp(centre - width / 2, left, std::max(left, left + room - width));
+    add(role, text, {x, y + height - line(metrics), width, line(metrics)});
+    if (!text.isEmpty() && points < font.pointSizeF()) layout.texts.back().points = points;
   }
 
   PlotLayout &layout;
   const PlotData &data;
+  const PlotStyle &style;
+  const QPaintDevice &device;
   QFontMetricsF labels, titles, problems;
   double pad;
   bool with_problem = false, with_axis_labels = false, with_title = false, with_ticks = false;

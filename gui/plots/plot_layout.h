@@ -17,6 +17,7 @@ struct PlacedText {
   QString text;
   QRectF place;         // on the device
   bool upright = false; // runs from bottom to top
+  double points = 0;    // font size where it is not that of the style: a line that was too long for the device
 };
 
 /// One for each plot kind. Positions are device units of the last drawing.

@@ -28,6 +28,7 @@ public:
       default:
         use_text(style.label_font, style.labels);
       }
+      if (text.points > 0) painter.setFont(with_size(painter.font(), text.points));
       const double ascent = QFontMetricsF(painter.font(), painter.device()).ascent();
       painter.save();
       if (text.upright) {

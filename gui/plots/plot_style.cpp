@@ -57,6 +57,11 @@ QFont display_font(int family, int size, int style) {
   return font;
 }
 
+QFont with_size(QFont font, double points) {
+  font.setPointSizeF(points);
+  return font;
+}
+
 PlotStyle plot_style(const DisplaySettings &s) {
   PlotStyle style;
   style.background = display_color(s.back_color);

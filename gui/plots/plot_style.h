@@ -22,6 +22,7 @@ struct PlotStyle {
 QColor display_color(int index);
 Qt::PenStyle display_line(int index);
 QFont display_font(int family, int size, int style);
+QFont with_size(QFont font, double points);
 PlotStyle plot_style(const DisplaySettings &settings);
 /// The same with the colours of printed pages and picture files: black on white.
 PlotStyle mono_plot_style(const DisplaySettings &settings);

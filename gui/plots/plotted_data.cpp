@@ -24,6 +24,12 @@ bool left_by_reset(const Range &range, const std::array<Range, 2> &resets) {
   return std::find(resets.begin(), resets.end(), range) != resets.end() || !is_usable(range);
 }
 
+/// A little more on both sides, so that a curve does not run along the frame; an end at 0 stays.
+Range with_margin(const Range &range) {
+  const double margin = 0.02 * (range[1] - range[0]);
+  return {range[0] == 0 ? 0 : range[0] - margin, range[1] == 0 ? 0 : range[1] + margin};
+}
+
 /// `range` if it can be drawn, else the extent of the values.
 Range usable_range(const Range &range, std::span<const double> values) {
   if (is_usable(range)) return range;
@@ -46,11 +52,18 @@ Range automatic_decibel_range(std::span<const double> decibels) {
   std::vector<double> values = finite_values(decibels, silence_db);
   if (values.empty()) return {-100, 0};
   const auto [lowest_place, highest_place] = std::minmax_element(values.begin(), values.end());
-  const double lowest = *lowest_place, top = *highest_place + 2;
+  const double lowest = *lowest_place, highest = *highest_place, top = highest + 2;
+  if (lowest > highest - 60) return {std::min(lowest - 2, top - 10), top};
+  const double usual = 10 * std::round((highest - 100) / 10);
+  // Deep side lobes are worth showing; a slope that only falls on and on is not.
+  const double deep = highest - 110;
+  bool has_lobe = false;
+  for (std::size_t i = 1; i + 1 < values.size(); i++)
+    has_lobe = has_lobe || (values[i] < deep && values[i] > values[i - 1] && values[i] >= values[i + 1]);
   const auto fifth = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 5);
   std::nth_element(values.begin(), fifth, values.end());
-  if (lowest > top - 60) return {std::min(lowest - 2, top - 10), top};
-  return {*fifth < top - 110 ? std::max(*fifth - 20, top - 202) : top - 102, top};
+  if (!has_lobe || *fifth >= deep) return {usual, top};
+  return {std::max(*fifth - 20, usual - 100), top};
 }
 
 PlotData plot_data_of(const PlotDescription &d, const PlotState &state, bool grid, std::string_view problem) {
@@ -63,12 +76,16 @@ PlotData plot_data_of(const PlotDescription &d, const PlotState &state, bool gri
   data.grid = grid;
   data.radians = state.radians;
   if (d.kind == PlotKind::pole_zero) {
-    data.poles = state.poles;
-    data.zeros = state.zeros;
+    if (state.poles_zeros_computed) {
+      data.poles = state.poles;
+      data.zeros = state.zeros;
+    } else {
+      data.note = state.fir_design ? "Zeros are not computed" : "Poles and zeros are not computed";
+    }
     data.origin_poles = state.origin_poles;
     data.origin_zeros = state.origin_zeros;
+    data.unit_circle = !state.s_plane;
     fit_to_roots(data);
-    if (!state.poles_zeros_computed) data.note = "Poles and zeros are not computed";
     return data;
   }
   const auto count = static_cast<std::size_t>(d.y ? std::max(d.count, 0) : 0);
@@ -86,6 +103,7 @@ PlotData plot_data_of(const PlotDescription &d, const PlotState &state, bool gri
   data.round_x = !data.is_frequency();
   data.y_range = usable_range(d.y_range, data.curve.y);
   data.round_y = d.kind != PlotKind::phase;
+  if (d.kind >= PlotKind::group_delay) data.y_range = with_margin(data.y_range);
   if (d.kind == PlotKind::magnitude) {
     data.round_y = left_by_reset(d.y_range, default_magnitude_ranges);
     if (data.round_y) data.y_range = automatic_magnitude_range(data.curve.y);

@@ -36,8 +36,9 @@ PlotData plot_data_of(const PlotDescription &description, const PlotState &state
 
 /// Range of the linear magnitude: from 0 to a little above the highest value.
 Range automatic_magnitude_range(std::span<const double> magnitude);
-/// Range of the log magnitude: from a little above the highest value 100 dB down, less for a response that never falls
-/// that deep, more (to 200 dB) where a fifth of the response lies deeper. Values at the -600 dB floor do not count.
+/// Range of the log magnitude: from a little above the highest value 100 dB down; less for a response that never falls
+/// 60 dB; more, to 200 dB, where a fifth of the response lies deeper and has side lobes there. Values at the -600 dB
+/// floor do not count.
 Range automatic_decibel_range(std::span<const double> decibels);
 
 /// Poles or zeros that lie at one place.

@@ -195,6 +195,26 @@ TEST(PlotPainter, OnlyTheFrameAndItsInsideCarryTheCurve) {
   }
 }
 
+TEST(PlotPainter, LongTextsAreMadeSmallerAndKeepOffTheEdges) {
+  const PlotStyle style = mono_plot_style(defaults());
+  ExamplePlots example(lowpass_taps(63, 0.3), 8000);
+  const std::string line = "Root Raised Cosine Filter, FIR (Window) Design, Dolph-Tschebyscheff, 163 taps, 52 Bit";
+  for (const auto &[text, whole] : {std::pair{line, true}, {line + line, false}})
+    for (const PlotKind kind : {PlotKind::log_magnitude, PlotKind::pole_zero}) {
+      const PlotData data = plot_data_of(example.plot(kind), example.state, true, text);
+      QImage image = canvas(500, 300);
+      QPainter painter(&image);
+      PlotLayout layout;
+      draw_plot(painter, image.rect(), data, style, layout);
+      painter.end();
+      for (int i = 0; i < 500; i++)
+        for (const QPoint &edge : {QPoint(i, 0), QPoint(i, 299), QPoint(0, i % 300), QPoint(499, i % 300)})
+          ASSERT_EQ(image.pixel(edge), qRgb(255, 255, 255)) << edge.x() << ", " << edge.y();
+      for (const PlacedText &placed : layout.texts)
+        EXPECT_TRUE(placed.role != TextRole::problem || (placed.text == QString::fromStdString(text)) == whole);
+    }
+}
+
 TEST(PlotPainter, MonoIsBlackOnWhite) {
   const PlotStyle mono = mono_plot_style(defaults()), screen = plot_style(defaults());
   EXPECT_EQ(mono.background, QColor(Qt::white));
