@@ -1,5 +1,6 @@
 // bench_responses.cpp - cost of the responses against taps, points and sections.
 #include "engine/analysis/fir_response.h"
+#include "engine/analysis/fir_zeros.h"
 #include "engine/analysis/lattice_response.h"
 #include "engine/analysis/ratio_response.h"
 #include "engine/analysis/section_response.h"
@@ -59,6 +60,12 @@ BENCHMARK_CAPTURE(fir_frequency, logarithmic, logarithmic)
     ->Arg(10001)
     ->Arg(50000)
     ->Unit(benchmark::kMillisecond);
+
+void zeros(benchmark::State &state) {
+  const std::vector<double> h = low_pass(static_cast<int>(state.range(0)));
+  for (auto _ : state) benchmark::DoNotOptimize(fir_zeros(h));
+}
+BENCHMARK(zeros)->Arg(63)->Arg(127)->Arg(255)->Arg(512)->Unit(benchmark::kMillisecond);
 
 // 10001 points, and the time responses of 600 samples, of sections whose poles are spread over the circle.
 SectionEntry spread_sections(int count) {

@@ -3,6 +3,7 @@
 
 #include "engine/analysis/analog_response.h"
 #include "engine/analysis/fir_response.h"
+#include "engine/analysis/fir_zeros.h"
 #include "engine/analysis/frequency_grid.h"
 #include "engine/analysis/lattice_response.h"
 #include "engine/analysis/ratio_response.h"
@@ -20,10 +21,17 @@ PlotState plot_state;
 
 static FrequencyGrid grid; // of plot_arrays.frequency
 
+// Finding the zeros of a FIR filter takes longer than all its responses together, so they wait until a plot wants them.
+static struct {
+  bool wanted;
+  std::vector<std::complex<double>> zeros;
+} fir_roots;
+
 void init_plot_array() {
   const DesignRecord &record = design_record;
   PlotArrays &arrays = plot_arrays;
   plot_state = {};
+  fir_roots.wanted = false;
   PlotState &state = plot_state;
 
   arrays.frequency_count = std::clamp(record.plot.nfpts, 2, max_frequency_points);
@@ -136,6 +144,26 @@ static void set_ideal_response() {
   plot_state.ideal = ideal.data();
 }
 
+// All taps of the working FIR entry in order. Those of a lattice are worked out into `storage`.
+static std::span<const double> fir_taps(std::vector<double> &storage) {
+  const FirEntry &fir = design_record.fir;
+  const std::span<const double> coefficients(fir.coeff.data(), fir.length);
+  if (fir.fir_type != code(FirSymmetry::lattice)) return coefficients;
+  storage = lattice_fir_taps(coefficients);
+  return storage;
+}
+
+static void find_fir_roots() {
+  fir_roots.wanted = false;
+  std::vector<double> storage;
+  std::optional<FirZeros> found = fir_zeros(fir_taps(storage));
+  plot_state.poles_zeros_computed = found.has_value();
+  if (!found) return;
+  fir_roots.zeros = std::move(found->zeros);
+  plot_state.zeros = fir_roots.zeros;
+  plot_state.origin_poles = found->origin_poles;
+}
+
 void fir_plot_array() {
   trace(" entering fir plot array\n");
   init_plot_array();
@@ -143,9 +171,10 @@ void fir_plot_array() {
   const FirEntry &fir = design_record.fir;
   const FirSymmetry symmetry{fir.fir_type};
   plot_state.fir_design = true;
-  std::span<const double> taps(fir.coeff.data(), fir.length);
   std::vector<double> lattice_taps;
-  if (symmetry == FirSymmetry::lattice) taps = lattice_taps = lattice_fir_taps(taps);
+  const std::span<const double> taps = fir_taps(lattice_taps);
+  fir_roots.wanted = design_record.plot.cpanz != 0 && taps.size() <= max_fir_zero_taps;
+  plot_state.poles_zeros_computed = fir_roots.wanted;
 
   const bool linear_phase = symmetry == FirSymmetry::symmetric || symmetry == FirSymmetry::antisymmetric;
   const FrequencyResponse response = frequency_response();
@@ -317,6 +346,7 @@ PlotDescription setup_plot_labels(PlotKind kind) {
     d.y_range = state.step;
     break;
   case PlotKind::pole_zero:
+    if (fir_roots.wanted) find_fir_roots();
     break;
   }
   return d;

@@ -46,11 +46,11 @@ struct PlotState {
   bool radians;
   bool fir_design;
   bool s_plane;              // poles and zeros are those of an analog system, in radians per second
-  bool poles_zeros_computed; // false: too many taps, or not asked for
+  bool poles_zeros_computed; // false: too many taps, not asked for, or none found that reproduce the filter
   Range magnitude, log_magnitude, phase, group_delay, impulse, step;
-  Range time;          // seconds
-  const double *ideal; // ideal log magnitude, or null
-  std::span<const std::complex<double>> poles;
+  Range time;                                  // seconds
+  const double *ideal;                         // ideal log magnitude, or null
+  std::span<const std::complex<double>> poles; // those of a FIR filter: see setup_plot_labels()
   std::span<const std::complex<double>> zeros;
   int origin_poles; // further poles at z = 0 that `poles` does not list
   int origin_zeros;
@@ -84,7 +84,8 @@ void iir_plot_array();
 void log_magnitude(std::span<const double> magnitude, std::span<double> log_magnitude);
 /// Smallest and largest value; a constant array gets a range around its value.
 Range plot_range(std::span<const double> values);
-/// Arrays, ranges and labels of a plot kind.
+/// Arrays, ranges and labels of a plot kind. The zeros of a FIR filter are worked out into `plot_state` when the
+/// pole/zero plot is first set up after its responses.
 PlotDescription setup_plot_labels(PlotKind kind);
 /// Band-limited interpolation of 1 to 300 samples to about 300 points; returns the points, empty outside that range.
 std::vector<double> interpolate_impulse(std::span<const double> samples);

@@ -214,6 +214,28 @@ TEST(FirPlotArray, RaisedCosineHasItsIdealBeside) {
   }
 }
 
+TEST(FirPlotArray, ZerosComeWithThePoleZeroPlot) {
+  set_fir({0, 1, -5, 6, 0}, FirSymmetry::nonsymmetric);
+  design_record.plot.cpanz = 1;
+  fir_plot_array();
+  EXPECT_TRUE(plot_state.poles_zeros_computed);
+  setup_plot_labels(PlotKind::pole_zero);
+  ASSERT_EQ(plot_state.zeros.size(), 2u);
+  EXPECT_NEAR(plot_state.zeros[0].real() + plot_state.zeros[1].real(), 5, 1e-14);
+  EXPECT_TRUE(plot_state.poles.empty());
+  EXPECT_EQ(plot_state.origin_poles, 3);
+  EXPECT_EQ(plot_state.origin_zeros, 0);
+
+  for (const bool asked : {false, true}) {
+    set_fir(std::vector<double>(asked ? 513 : 3, 1.0), FirSymmetry::symmetric);
+    design_record.plot.cpanz = asked;
+    fir_plot_array();
+    setup_plot_labels(PlotKind::pole_zero);
+    EXPECT_FALSE(plot_state.poles_zeros_computed);
+    EXPECT_TRUE(plot_state.zeros.empty());
+  }
+}
+
 /// Every digital form of the record is a different constant, the analog system 6 / (s + 3).
 void set_iir(RealizationForm form) {
   set_fir({}, FirSymmetry::symmetric);
