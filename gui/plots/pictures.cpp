@@ -13,10 +13,6 @@ namespace brisel {
 
 namespace {
 
-QString title_of(const PlotData &data) {
-  return QString::fromStdString(data.title);
-}
-
 PlotStyle picture_style(const DisplaySettings &settings) {
   PlotStyle style = mono_plot_style(settings);
   style.always_smooth = true;
@@ -58,8 +54,8 @@ QByteArray plot_svg(const PlotData &data, const DisplaySettings &settings, const
   svg.setResolution(96);
   svg.setSize(size);
   svg.setViewBox(QRectF(QPointF(), size));
-  svg.setTitle(title_of(data));
-  svg.setDescription(QString::fromStdString(data.problem));
+  svg.setTitle(qt_text(data.title));
+  svg.setDescription(qt_text(data.problem));
   QPainter painter(&svg);
   PlotLayout layout;
   draw_plot(painter, QRectF(QPointF(), size), data, picture_style(settings), layout);
@@ -77,7 +73,7 @@ QByteArray plot_pdf(std::span<const PlotData> plots, const DisplaySettings &sett
     writer.setResolution(1200);
     writer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF()));
     writer.setCreator(QStringLiteral("Brisel"));
-    writer.setTitle(QString::fromStdString(plots.front().problem));
+    writer.setTitle(qt_text(plots.front().problem));
     QPainter painter(&writer);
     const PlotStyle style = picture_style(settings);
     for (const PlotData &plot : plots) {

@@ -15,10 +15,6 @@ constexpr std::array horizontal_counts{9, 6, 5, 3}; // those that fewer_labels()
 constexpr std::array vertical_counts{12, 11, 10, 9, 8, 7, 6, 5, 4, 3};
 constexpr std::array symmetric_counts{11, 9, 7, 5, 3}; // with a label at 0
 
-QString qt(const std::string &text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 /// Places texts around a plot area and finds the area's size while doing so.
 class Arranger {
 public:
@@ -78,7 +74,7 @@ private:
 
   double widest(const std::vector<std::string> &texts) const {
     double width = 0;
-    for (const std::string &text : texts) width = std::max(width, width_of(qt(text).trimmed(), labels));
+    for (const std::string &text : texts) width = std::max(width, width_of(qt_text(text).trimmed(), labels));
     return width;
   }
 
@@ -116,7 +112,7 @@ private:
       }
     }
     // Half of the last label stands right of the plot area.
-    const double last = l.x_axis.labels.empty() ? 0 : width_of(qt(l.x_axis.labels.back()).trimmed(), labels);
+    const double last = l.x_axis.labels.empty() ? 0 : width_of(qt_text(l.x_axis.labels.back()).trimmed(), labels);
     l.right = std::min(l.right, l.x + l.width - last / 2 - 2 * layout.unit);
   }
 
@@ -195,7 +191,7 @@ private:
     const AxisMap x_map = l.x_map(), y_map = l.y_map();
     double labels_left = l.left;
     for (std::size_t i = 0; i < l.y_axis.labels.size(); i++) {
-      const QString text = qt(l.y_axis.labels[i]).trimmed();
+      const QString text = qt_text(l.y_axis.labels[i]).trimmed();
       const double width = width_of(text, labels), y = y_map.position(l.y_axis.ticks[i]);
       const QRectF place(l.left - pad - width, y - line(labels) / 2, width, line(labels));
       labels_left = std::min(labels_left, place.left());
@@ -203,19 +199,19 @@ private:
     }
     double y = l.bottom + tick_gap();
     for (std::size_t i = 0; i < l.x_axis.labels.size(); i++) {
-      const QString text = qt(l.x_axis.labels[i]).trimmed();
+      const QString text = qt_text(l.x_axis.labels[i]).trimmed();
       const double width = width_of(text, labels), x = x_map.position(l.x_axis.ticks[i]);
       add(TextRole::x_tick, text, {x - width / 2, y, width, line(labels)});
     }
     if (with_ticks) y += line(labels);
     if (has_bottom_text()) {
       y += pad / 2;
-      add_centred(data.kind == PlotKind::pole_zero ? TextRole::note : TextRole::x_label, qt(bottom_text),
+      add_centred(data.kind == PlotKind::pole_zero ? TextRole::note : TextRole::x_label, qt_text(bottom_text),
                   style.label_font, centre, y);
     }
     if (with_axis_labels && !data.y_label.empty()) {
       const double room = l.bottom - l.top + 2 * std::min(l.top - l.y, l.y + l.height - l.bottom) - 2 * pad;
-      const QString text = labels.elidedText(qt(data.y_label), Qt::ElideRight, room);
+      const QString text = labels.elidedText(qt_text(data.y_label), Qt::ElideRight, room);
       const double length = width_of(text, labels);
       // Near its numbers, not at the far edge of a wide margin.
       const double x = std::max(l.x + pad, labels_left - 2 * pad - line(labels));
@@ -223,11 +219,11 @@ private:
     }
     if (with_title) {
       const double above = l.top - (with_ticks ? line(labels) / 2 : 0) - l.y;
-      add_centred(TextRole::title, qt(data.title), style.title_font, centre,
+      add_centred(TextRole::title, qt_text(data.title), style.title_font, centre,
                   l.y + std::max(pad, (above - line(titles)) / 2));
     }
     if (with_problem)
-      add_centred(TextRole::problem, qt(data.problem), style.problem_font, l.x + l.width / 2,
+      add_centred(TextRole::problem, qt_text(data.problem), style.problem_font, l.x + l.width / 2,
                   l.y + l.height - pad - line(problems));
   }
 
@@ -283,7 +279,9 @@ void lay_out_plot(PlotLayout &layout, const PlotData &data, const PlotStyle &sty
   l.texts.clear();
   l.columns = l.rows = 0;
   constexpr double smallest = 16; // 1/96 inch
-  const bool paintable = is_usable({l.x, l.x + l.width}) && is_usable({l.y, l.y + l.height});
+  constexpr double largest = 1e6; // device units: more than any painter takes
+  const bool paintable =
+      std::abs(l.x) <= largest && std::abs(l.y) <= largest && l.width <= largest && l.height <= largest; // and a number
   if (!paintable || l.square_size < smallest * l.unit || !(l.unit > 0)) return;
   Arranger arranger(l, data, style, device);
   for (int lost = 0; lost <= 4; lost++) {

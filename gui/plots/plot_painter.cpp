@@ -140,8 +140,7 @@ public:
     draw_clipped({l.left, at.y()}, {l.right, at.y()});
     if (at.x() < l.left || at.x() > l.right) return;
     use_text(style.label_font, style.cursor);
-    const std::string read_out = cursor_text(data, cursor);
-    const QString text = QString::fromUtf8(read_out.data(), static_cast<qsizetype>(read_out.size()));
+    const QString text = qt_text(cursor_text(data, cursor));
     const QFontMetricsF metrics(painter.font(), painter.device());
     const double gap = 6 * l.unit, pad = 3 * l.unit;
     QRectF box(0, 0, metrics.horizontalAdvance(text) + 2 * pad, metrics.ascent() + metrics.descent() + pad);

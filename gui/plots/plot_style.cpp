@@ -16,13 +16,15 @@ constexpr std::array<Qt::PenStyle, line_styles.size()> pen_styles{Qt::SolidLine,
                                                                   Qt::DashDotLine, Qt::DashDotDotLine};
 
 struct Family {
-  const char *substitute; // of the same widths and installed with Brisel, so that pictures agree between machines
+  std::string_view first, second;
   QFont::StyleHint hint;
 };
-constexpr std::array<Family, font_families.size()> families{{{"Liberation Mono", QFont::Monospace},
-                                                             {"Liberation Sans", QFont::SansSerif},
-                                                             {"Liberation Serif", QFont::Serif},
-                                                             {"Liberation Serif", QFont::Serif}}};
+// In the order of font_families. The fonts that are installed with Brisel have the widths of those asked for and come
+// first, so that pictures agree between machines; Charter has no such substitute.
+constexpr std::array<Family, font_families.size()> families{{{"Liberation Mono", font_families[0], QFont::Monospace},
+                                                             {"Liberation Sans", font_families[1], QFont::SansSerif},
+                                                             {"Liberation Serif", font_families[2], QFont::Serif},
+                                                             {font_families[3], "Liberation Serif", QFont::Serif}}};
 
 template <class Table> std::size_t row(const Table &table, int index) {
   return index >= 0 && static_cast<std::size_t>(index) < table.size() ? static_cast<std::size_t>(index) : 0;
@@ -37,6 +39,10 @@ QPen pen(int color, double width, int line) {
 
 } // namespace
 
+QString qt_text(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 QColor display_color(int index) {
   return QColor::fromRgb(shades[row(shades, index)]);
 }
@@ -46,11 +52,10 @@ Qt::PenStyle display_line(int index) {
 }
 
 QFont display_font(int family, int size, int style) {
-  const std::size_t index = row(families, family);
   QFont font;
-  const std::string_view name = font_families[index];
-  font.setFamilies({families[index].substitute, QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()))});
-  font.setStyleHint(families[index].hint);
+  const Family &names = families[row(families, family)];
+  font.setFamilies({qt_text(names.first), qt_text(names.second)});
+  font.setStyleHint(names.hint);
   font.setPointSize(std::clamp(size, smallest_font, largest_font));
   font.setBold(style & 1);
   font.setItalic(style & 2);

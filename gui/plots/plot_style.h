@@ -6,6 +6,9 @@
 #include <QColor>
 #include <QFont>
 #include <QPen>
+#include <QString>
+
+#include <string_view>
 
 namespace brisel {
 
@@ -17,6 +20,8 @@ struct PlotStyle {
   bool always_smooth = false;   // also a curve so dense that smoothing takes longer than a window should
   QFont label_font, title_font, problem_font, text_font;
 };
+
+QString qt_text(std::string_view text);
 
 /// An index outside the tables counts as 0.
 QColor display_color(int index);
