@@ -57,8 +57,9 @@ bool is_group_delay_design() {
 // A digital filter with a peak of 1 is shown up to 1, others need room above.
 void reset_plot_ranges(PlotSettings &plot, double sampling_frequency, bool peak_is_one) {
   plot.frequency_range = {0, sampling_frequency / 2};
-  plot.magnitude_range = peak_is_one ? Range{0, 1} : Range{0, 2};
-  plot.log_magnitude_range = peak_is_one ? Range{-100, 0} : Range{-90, 10};
+  const std::size_t row = peak_is_one ? 0 : 1;
+  plot.magnitude_range = default_magnitude_ranges[row];
+  plot.log_magnitude_range = default_log_magnitude_ranges[row];
 }
 
 // What was asked for and does not exist yet; success when everything does.

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
-#include <memory>
 #include <optional>
 #include <time.h>
 #include <unistd.h>
