@@ -46,7 +46,8 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
   }
   const bool of_sections = source == RealizationForm::cascade || source == RealizationForm::parallel;
   if (!of_sections) rooted = wide && write_pole_zero(*wide, pole_zero);
-  if (!rooted) return false;
+  if (!rooted && !wide) return false;
+  if (!rooted) pole_zero = {}; // leading taps can make more poles at the origin than the record holds
 
   const Values x = comparison_points(domain, std::span(pole_zero.poles).first(pole_count(pole_zero)));
   auto values_of = [&]<class Real>(RealizationForm form, Real) {
@@ -74,7 +75,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
   const std::int8_t keep_gain = forms.cascade.keep_gain || forms.parallel.keep_gain;
   pole_zero.sample_rate = sample_rate;
   forms.pole_zero = pole_zero;
-  found.pole_zero = digits_kept(x, reference, pole_zero_values(forms.pole_zero, x));
+  found.pole_zero = rooted ? digits_kept(x, reference, pole_zero_values(forms.pole_zero, x)) : -1;
   found.dropped_delay = 0;
 
   // One form after the other: made by `make`, or emptied when there is none.
@@ -90,7 +91,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     return -1;
   };
   found.cascade = derive(RealizationForm::cascade, forms.cascade, [&] {
-    return pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay);
+    return rooted && pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay);
   });
   found.parallel = derive(RealizationForm::parallel, forms.parallel, [&] {
     return found.cascade >= 0 && cascade_to_parallel(domain, forms.cascade, forms.parallel);

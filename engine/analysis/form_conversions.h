@@ -110,8 +110,8 @@ struct FormReport {
   double cascade, parallel, pole_zero, ratio, lattice, ladder_1, ladder_2;
   int dropped_delay; // of the cascade against the source
 };
-/// Derives every other form of `forms` from the one named. False: the source has no poles and zeros of its own (0 or
-/// not finite), and no other form was touched.
+/// Derives every other form of `forms` from the one named. False: the source is no system (0, not finite, without a
+/// denominator), and no other form was touched.
 bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found);
 
 /// False for a form that derive_forms() could not make.

@@ -148,6 +148,7 @@ bool parallel_to_cascade(Domain domain, const SectionEntry &parallel, SectionEnt
 }
 
 bool write_pole_zero(const WideRatio &wide, PoleZeroEntry &pole_zero) {
+  if (wide.order() + wide.lead() > max_order) return false;
   // Both as polynomials in x of the same length: what the numerator is longer are poles at the origin.
   auto roots = [&](const std::vector<Wide> &p) {
     std::vector<Wide> c = p;

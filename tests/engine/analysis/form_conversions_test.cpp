@@ -337,6 +337,26 @@ TEST(FormConversions, LeadingTapsGoThereAndBack) {
             1e-14);
 }
 
+TEST(FormConversions, MoreLeadingTapsThanTheOtherRecordsHold) {
+  IirForms all{};
+  LadderEntry &ladder = all.ladder_1;
+  ASSERT_TRUE(cascade_to_ladder(Domain::z, sections(1, {{{{1, 0.2, 0.3}, {1, -0.6, 0.5}}}}), LadderForm::one, ladder));
+  std::copy_backward(ladder.alpha.begin(), ladder.alpha.begin() + 5, ladder.alpha.begin() + max_lead + 5);
+  for (int i = 0; i < max_lead; i++) ladder.alpha[i] = std::cos(i);
+  ladder.lead = max_lead;
+  ladder.alpha_count = max_lead + 5;
+  FormReport found{};
+  ASSERT_TRUE(derive_forms(Domain::z, RealizationForm::ladder_1, all, found));
+  EXPECT_EQ(found.pole_zero, -1);
+  EXPECT_EQ(found.cascade, -1);
+  EXPECT_EQ(found.ratio, -1);
+  EXPECT_GE(found.lattice, 12);
+  EXPECT_EQ(all.lattice.lead, max_lead);
+  EXPECT_LT(
+      distance([&](Complex z) { return response(ladder, z); }, [&](Complex z) { return response(all.lattice, z); }),
+      1e-12);
+}
+
 TEST(FormConversions, FormsThatDoNotExistAreReported) {
   IirForms all{};
   FormReport found{};

@@ -110,9 +110,11 @@ inline Complex response(const PoleZeroEntry &e, Complex z) {
   return h;
 }
 inline Complex response(const RatioEntry &e, Complex z) {
-  Complex n = 0, d = 0;
-  for (int i = 0; i <= e.numerator_order; i++) n += (long double)e.numerator[i] * std::pow(z, -i);
-  for (int i = 0; i <= e.denominator_order; i++) d += (long double)e.denominator[i] * std::pow(z, -i);
+  Complex n = 0, d = 0, power = 1;
+  for (int i = 0; i <= std::max(e.numerator_order, e.denominator_order); i++, power /= z) {
+    if (i <= e.numerator_order) n += (long double)e.numerator[i] * power;
+    if (i <= e.denominator_order) d += (long double)e.denominator[i] * power;
+  }
   return (long double)e.gain * n / d;
 }
 /// Two-multiplier lattice from the last stage down: f_{m-1} = f_m - k_m z^-1 b_{m-1}, solved for the transfer
@@ -134,17 +136,19 @@ inline Complex response(const LadderEntry &e, Complex z) {
   Complex h = e.alpha[last];
   for (int i = 0; i < e.order; i++, last -= 2)
     h = (long double)e.alpha[last - 2] + Complex(1) / ((long double)e.alpha[last - 1] * y + Complex(1) / h);
-  for (int i = 1; i <= e.lead; i++) h += (long double)e.alpha[i - 1] * std::pow(z, -i);
+  Complex delay = 1;
+  for (int i = 0; i < e.lead; i++) h += (long double)e.alpha[i] * (delay /= z);
   return (long double)e.gain * h;
 }
 
 /// Largest distance of two responses on a dense grid, relative to the peak of the first; `delay` samples apart.
 template <class First, class Second> double distance(First first, Second second, int delay = 0) {
   long double peak = 0, worst = 0;
-  for (const Complex z : circle()) {
+  static const std::vector<Complex> places = circle();
+  for (const Complex z : places) {
     const Complex h = first(z);
     peak = std::max(peak, std::abs(h));
-    const long double error = std::abs(h - second(z) * std::pow(z, -delay));
+    const long double error = std::abs(h - (delay == 0 ? second(z) : second(z) * std::pow(z, -delay)));
     worst = error <= worst ? worst : error;
   }
   return static_cast<double>(worst / peak);
