@@ -167,7 +167,8 @@ bool has_vanished(const SectionEntry &entry, bool cascade) {
   return silent;
 }
 
-// False when nothing is left of the filter.
+// False when nothing is left of the filter. Kept: ratio, lattice and ladders are truncated the floating-point way
+// whatever the arithmetic asked for, so that their words are not those of a fixed-point machine.
 bool quantize_coefficients(IirForms &z, RealizationForm form, const QuantizationSettings &settings) {
   const bool fixed_point = settings.qtype != 0;
   const int bits = settings.ibit;
