@@ -107,6 +107,10 @@ extern "C" [[gnu::visibility("default")]] int brisel_render_pictures(const brise
   const QuietErrors quiet;
   const UniversalTime zone;
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  // The user's screen has no say in a picture's size and letters.
+  for (const char *name : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_AUTO_SCREEN_SCALE_FACTOR", "QT_FONT_DPI",
+                           "QT_USE_PHYSICAL_DPI", "QT_ENABLE_HIGHDPI_SCALING"})
+    unsetenv(name);
   // The document writer lists its fonts in the order of a hash table, which is another one in every process otherwise.
   QHashSeed::setDeterministicGlobalSeed();
   try {

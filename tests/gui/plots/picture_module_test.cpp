@@ -60,6 +60,26 @@ TEST_F(PictureModule, WorksInABareSurroundingAndSaysNothing) {
   EXPECT_EXIT(draw(), testing::ExitedWithCode(0), "^$");
 }
 
+TEST_F(PictureModule, TheScreenOfTheUserHasNoSay) {
+  job.png = true;
+  job.plots.resize(1);
+  const std::string file = testing::TempDir() + "brisel-picture-of-a-large-screen.png";
+  const auto draw = [&] {
+    setenv("QT_SCALE_FACTOR", "2", 1);
+    setenv("QT_FONT_DPI", "150", 1);
+    PictureResult result;
+    const bool good = render_pictures(PICTURE_MODULE_FOLDER, job, result);
+    std::ofstream(file, std::ios::binary) << result.pictures.at(0).bytes;
+    std::exit(good ? 0 : 1);
+  };
+  EXPECT_EXIT(draw(), testing::ExitedWithCode(0), "");
+  PictureResult plain;
+  ASSERT_TRUE(render_pictures(PICTURE_MODULE_FOLDER, job, plain));
+  std::ifstream in(file, std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), plain.pictures.at(0).bytes);
+  std::filesystem::remove(file);
+}
+
 TEST_F(PictureModule, AMachineWithoutFontsGetsOneLine) {
   job.pdf = true;
   const auto folder = std::filesystem::temp_directory_path() / ("brisel-no-fonts-" + std::to_string(getpid()));
