@@ -141,7 +141,7 @@ std::vector<RootMark> root_marks(std::span<const std::complex<double>> roots, in
 }
 
 void fit_to_roots(PlotData &data) {
-  constexpr double z_plane_limit = 4;
+  constexpr double z_plane_limit = 2;
   int outside = 0;
   double farthest = 0, reach = data.unit_circle ? 1 : 0;
   for (const auto &roots : {data.poles, data.zeros})

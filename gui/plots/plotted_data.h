@@ -49,7 +49,7 @@ struct RootMark {
 /// One mark for all roots that agree to `distance`; `at_origin` further ones lie at 0.
 std::vector<RootMark> root_marks(std::span<const std::complex<double>> roots, int at_origin, double distance);
 /// Sets the ranges of a pole/zero plot to a square around 0 that holds its roots. In the z plane it also holds the unit
-/// circle but reaches no further than 4; the note tells of roots beyond.
+/// circle but reaches no further than 2; the note tells of roots beyond.
 void fit_to_roots(PlotData &data);
 
 } // namespace brisel
