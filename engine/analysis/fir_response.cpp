@@ -172,10 +172,13 @@ void fir_frequency_response(std::span<const double> taps, double gain, GroupDela
     centred_response(moments, grid, derivative);
   }
 
+  double floor = 0;
+  if (group_delay == GroupDelay::computed)
+    for (const double h : taps) floor += rounding_floor * std::abs(h);
   const MiddleDelay delay(taps.size(), grid);
   for (std::size_t i = 0; i < points; ++i) {
     out.set(i, centred[i] * delay(i), gain);
-    if (out.magnitude[i] == 0) {
+    if (out.magnitude[i] == 0 || std::abs(centred[i]) < floor) {
       out.repeat_group_delay(i);
       continue;
     }

@@ -3,7 +3,7 @@
 // Eigenvalues of the balanced companion matrix start the Ehrlich-Aberth iteration [Aberth73], Newton's step for all
 // zeros together: the other zeros are divided out, so that no two of them run to the same place. Outside the unit
 // circle the polynomial is read backwards, in 1/z, where its powers do not grow. (polynomial_roots() is made for the
-// multiple roots of low orders; its wider arithmetic would take minutes here.)
+// multiple roots of low orders; its wider arithmetic would take many seconds here.)
 //
 // [Aberth73] O. Aberth, Iteration methods for finding all zeros of a polynomial simultaneously, Math. Comp. 27, 1973.
 #include "engine/analysis/fir_zeros.h"

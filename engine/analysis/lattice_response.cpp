@@ -14,7 +14,7 @@ using Complex = std::complex<double>;
 
 // A function of w and its derivative.
 struct Jet {
-  Complex value;
+  Complex value = 0;
   Complex slope = 0;
 };
 Jet operator+(const Jet &a, const Jet &b) {
@@ -31,8 +31,9 @@ Jet delay_at(double w) {
   return {value, Complex(0, -1) * value};
 }
 
-// H = factor * n / d. Phase and group delay stay where H vanishes, where d vanishes the magnitude stays too.
-void set_quotient(std::size_t i, const Jet &n, const Jet &d, double factor, double sample_rate,
+// H = factor * n / d, `size` being the sum of the magnitudes of the terms of n. Phase and group delay stay where H
+// vanishes, where d vanishes the magnitude stays too.
+void set_quotient(std::size_t i, const Jet &n, double size, const Jet &d, double factor, double sample_rate,
                   const FrequencyResponse &out) {
   if (d.value == 0.0) {
     out.magnitude[i] = i > 0 ? out.magnitude[i - 1] : 0;
@@ -41,7 +42,7 @@ void set_quotient(std::size_t i, const Jet &n, const Jet &d, double factor, doub
     return;
   }
   out.set(i, n.value / d.value, factor);
-  if (out.magnitude[i] != 0)
+  if (std::abs(n.value) > rounding_floor * size)
     out.group_delay[i] = ((d.slope / d.value).imag() - (n.slope / n.value).imag()) * two_pi / sample_rate;
   else
     out.repeat_group_delay(i);
@@ -54,18 +55,24 @@ void lattice_frequency_response(const LatticeEntry &lattice, std::span<const dou
   for (std::size_t i = 0; i < points.size(); ++i) {
     const Jet delay = delay_at(points[i]);
     Jet a{1}, b{1}; // A_m and B_m = z^-m A_m(1/z)
-    Jet sum = lattice.gamma[0] * b;
+    Jet sum;
+    double size = 0;
+    auto tap = [&](int m) {
+      sum = sum + lattice.gamma[m] * b;
+      size += std::abs(lattice.gamma[m] * b.value);
+    };
+    tap(0);
     for (int m = 1; m <= lattice.order; ++m) {
       const Jet delayed = delay * b;
       b = lattice.kappa[m] * a + delayed;
       a = a + lattice.kappa[m] * delayed;
-      sum = sum + lattice.gamma[m] * b;
+      tap(m);
     }
     for (int m = lattice.order + 1; m <= lattice.order + lattice.lead; ++m) {
       b = delay * b;
-      sum = sum + lattice.gamma[m] * b;
+      tap(m);
     }
-    set_quotient(i, sum, a, lattice.gain, lattice.sample_rate, out);
+    set_quotient(i, sum, size, a, lattice.gain, lattice.sample_rate, out);
   }
 }
 
@@ -100,22 +107,27 @@ void ladder_frequency_response(const LadderEntry &ladder, std::span<const double
     const Jet x = ladder.form == 0 ? Jet{std::conj(delay.value), std::conj(delay.slope)} : delay;
     // From the innermost coefficient outwards as n / d, so that no division by 0 can come between.
     Jet n{alpha[2 * ladder.order]}, d{1};
+    double n_size = std::abs(n.value), d_size = 1;
     for (int k = ladder.order; k > 0; --k) {
       const Jet inner = alpha[2 * k - 1] * (x * n) + d;
       const Jet outer = alpha[2 * k - 2] * inner + n;
       // Only the quotient counts.
-      const double size = std::max({std::abs(outer.value.real()), std::abs(outer.value.imag()),
-                                    std::abs(inner.value.real()), std::abs(inner.value.imag())});
-      const double scale = size > 0 && std::isfinite(size) ? std::ldexp(1.0, -std::ilogb(size)) : 1;
+      const double inner_size = std::abs(alpha[2 * k - 1]) * n_size + d_size;
+      const double size = std::abs(alpha[2 * k - 2]) * inner_size + n_size;
+      const double both = size + inner_size;
+      const double scale = std::isfinite(both) ? std::ldexp(1.0, -std::ilogb(both)) : 1;
       n = scale * outer;
       d = scale * inner;
+      n_size = scale * size;
+      d_size = scale * inner_size;
     }
     if (ladder.lead > 0) {
       Jet taps{0};
       for (int k = ladder.lead - 1; k >= 0; --k) taps = delay * (taps + Jet{ladder.alpha[k]});
       n = n + taps * d;
+      n_size += std::abs(taps.value) * d_size;
     }
-    set_quotient(i, n, d, ladder.gain, ladder.sample_rate, out);
+    set_quotient(i, n, n_size, d, ladder.gain, ladder.sample_rate, out);
   }
 }
 

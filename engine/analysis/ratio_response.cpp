@@ -36,9 +36,12 @@ void ratio_frequency_response(const RatioEntry &ratio, std::span<const double> p
   const std::size_t terms = order_of(ratio) + 1;
   const PolynomialValues n(std::span(ratio.numerator).first(terms), points);
   const PolynomialValues d(std::span(ratio.denominator).first(terms), points);
+  double floor = 0;
+  for (const double b : std::span(ratio.numerator).first(terms)) floor += rounding_floor * std::abs(b);
+  double numerator_turning = 0;
   for (std::size_t i = 0; i < points.size(); ++i) {
-    double delay = 0;
-    if (n.value[i] != 0.0) delay -= n.turning(i);
+    if (std::abs(n.value[i]) > floor) numerator_turning = n.turning(i);
+    double delay = n.value[i] != 0.0 ? -numerator_turning : 0;
     if (d.value[i] != 0.0) delay += d.turning(i);
     out.group_delay[i] = delay * two_pi / ratio.sample_rate;
     if (d.value[i] != 0.0) {

@@ -8,6 +8,10 @@
 
 namespace brisel {
 
+/// A sum this small against the magnitudes of its terms is nothing but their rounding. Its logarithmic derivative would
+/// give a group delay of any size, where a filter has a zero on the unit circle; such a point repeats the one before.
+inline constexpr double rounding_floor = 1e-14;
+
 /// As many values each as the frequency grid has points.
 struct FrequencyResponse {
   std::span<double> magnitude;

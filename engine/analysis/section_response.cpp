@@ -170,12 +170,13 @@ void parallel_frequency_response(const SectionEntry &parallel, Plane plane, std:
                                  const FrequencyResponse &out) {
   const std::vector<Section> sections = sections_of(parallel, plane);
   Values n, d;
-  Block re, im, dre, dim;
+  Block re, im, dre, dim, size; // size: sum of the terms' magnitudes
   for_each_block(plane, points, [&](std::size_t first, const Basis &basis) {
     re.fill(parallel.gain);
     im.fill(0);
     dre.fill(0);
     dim.fill(0);
+    size.fill(std::abs(parallel.gain));
     for (const Section &section : sections) {
       evaluate(section.numerator, basis, n);
       evaluate(section.denominator, basis, d);
@@ -190,6 +191,7 @@ void parallel_frequency_response(const SectionEntry &parallel, Plane plane, std:
         const double ti = n.dim[i] - (d.dre[i] * qi + d.dim[i] * qr);
         re[i] += shift * qr;
         im[i] += shift * qi;
+        size[i] += shift * (std::abs(qr) + std::abs(qi));
         dre[i] += (tr * d.re[i] + ti * d.im[i]) * scale;
         dim[i] += (ti * d.re[i] - tr * d.im[i]) * scale;
       }
@@ -197,7 +199,7 @@ void parallel_frequency_response(const SectionEntry &parallel, Plane plane, std:
     for (std::size_t i = 0; i < basis.count; ++i) {
       const Complex sum(re[i], im[i]);
       out.set(first + i, sum, parallel.pars);
-      if (sum != 0.0)
+      if (std::abs(sum) > rounding_floor * size[i])
         out.group_delay[first + i] = -(Complex(dre[i], dim[i]) / sum).imag() * two_pi / parallel.sample_rate;
       else
         out.repeat_group_delay(first + i);

@@ -121,6 +121,11 @@ TEST(FirFrequencyResponse, GivesMagnitudePhaseAndGroupDelay) {
   }
 }
 
+TEST(FirFrequencyResponse, RoundingBesideAZeroGivesNoGroupDelay) {
+  const Computed r(std::vector<double>{0.1, 0.3, 0.3, 0.1}, 1, GroupDelay::computed, 64);
+  for (const double delay : r.arrays.group_delay) EXPECT_NEAR(delay, 0.75, 1e-12);
+}
+
 // Kept: with a stated symmetry the delay is that of the middle even when the taps do not have the symmetry.
 TEST(FirFrequencyResponse, ConstantGroupDelayIsThatOfTheMiddle) {
   const std::vector<double> h{0.9, -0.4, 0.3, 0.2};
