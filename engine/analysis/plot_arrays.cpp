@@ -175,6 +175,7 @@ void fir_plot_array() {
   const std::span<const double> taps = fir_taps(lattice_taps);
   fir_roots.wanted = design_record.plot.cpanz != 0 && taps.size() <= max_fir_zero_taps;
   plot_state.poles_zeros_computed = fir_roots.wanted;
+  plot_state.origin_poles = static_cast<int>(taps.size()) - 1;
 
   const bool linear_phase = symmetry == FirSymmetry::symmetric || symmetry == FirSymmetry::antisymmetric;
   const FrequencyResponse response = frequency_response();

@@ -235,6 +235,7 @@ TEST(FirPlotArray, ZerosComeWithThePoleZeroPlot) {
     setup_plot_labels(PlotKind::pole_zero);
     EXPECT_FALSE(plot_state.poles_zeros_computed);
     EXPECT_TRUE(plot_state.zeros.empty());
+    EXPECT_EQ(plot_state.origin_poles, asked ? 512 : 2);
   }
 }
 
