@@ -26,7 +26,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     rooted = cascade_to_pole_zero(domain, forms.cascade, pole_zero);
     break;
   case RealizationForm::parallel:
-    take(forms.parallel, wide_ratio_of_sum(forms.parallel));
+    take(forms.parallel, wide_ratio_of_sum(domain, forms.parallel));
     rooted = parallel_to_pole_zero(domain, forms.parallel, pole_zero);
     break;
   case RealizationForm::ratio:
@@ -76,6 +76,15 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
   pole_zero.sample_rate = sample_rate;
   forms.pole_zero = pole_zero;
   found.pole_zero = rooted ? digits_kept(x, reference, pole_zero_values(forms.pole_zero, x)) : -1;
+  // Zeros of a sum are sometimes had better from its expanded numerator.
+  if (PoleZeroEntry other{};
+      source == RealizationForm::parallel && found.pole_zero < 12 && wide && write_pole_zero(*wide, other)) {
+    other.sample_rate = sample_rate;
+    if (const double digits = digits_kept(x, reference, pole_zero_values(other, x)); digits > found.pole_zero) {
+      forms.pole_zero = other;
+      found.pole_zero = digits;
+    }
+  }
   found.dropped_delay = 0;
 
   // One form after the other: made by `make`, or emptied when there is none.

@@ -94,7 +94,8 @@ template <class Real> Values ladder_values(const LadderEntry &ladder, Places x) 
     for (int i = ladder.order; i >= 1; i--) {
       q += Real(alpha[2 * i - 1]) * y * p;
       p += Real(alpha[2 * i - 2]) * q;
-      if (const Real size = std::abs(p) + std::abs(q); size > Real(1e100) || size < Real(1e-100)) {
+      const Real size = std::fabs(p.real()) + std::fabs(p.imag()) + std::fabs(q.real()) + std::fabs(q.imag());
+      if (size > Real(1e100) || size < Real(1e-100)) {
         p /= size;
         q /= size;
       }

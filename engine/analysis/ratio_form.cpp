@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace brisel {
 
@@ -69,7 +70,47 @@ std::optional<WideRatio> wide_ratio(const SectionEntry &cascade) {
   return normalized(cascade.gain, std::move(numerator), std::move(denominator));
 }
 
-int zeros_at_infinity(const SectionEntry &parallel, int order) {
+// How many of the leading samples `h` of an impulse response can be taken for 0 without a trace on the unit circle:
+// what they contribute to the numerator, over the denominator, must vanish beside the peak of the response. With poles
+// near z = 1 the denominator is so small there that even rounding may not be dropped.
+static int negligible_samples(const SectionEntry &parallel, std::span<const long double> h) {
+  constexpr double negligible = 1e-13;
+  constexpr int points = 256;
+  using Complex = std::complex<long double>;
+  std::vector<long double> d(h.size(), 0); // leading coefficients of the expanded denominator
+  d[0] = 1;
+  std::vector<Complex> z(points + 1), denominator(points + 1, 1), sum(points + 1, parallel.gain);
+  for (int i = 0; i <= points; i++) z[i] = std::polar(1.0L, std::numbers::pi_v<long double> * i / points);
+  for (int k = 0; k < parallel.section_count; k++) {
+    const ReducedSection s = reduced(parallel.numerators[k], parallel.denominators[k]);
+    if (s.denominator_degree < 0) continue;
+    const Triple &t = s.denominator, &n = s.numerator;
+    const int first = 2 - s.denominator_degree;
+    const long double a1 = first < 2 ? static_cast<long double>(t[first + 1]) / t[first] : 0;
+    const long double a2 = first < 1 ? static_cast<long double>(t[2]) / t[0] : 0;
+    for (std::size_t j = d.size(); j-- > 1;) d[j] += a1 * d[j - 1] + (j > 1 ? a2 * d[j - 2] : 0);
+    for (int i = 0; i <= points; i++) {
+      const Complex value = ((Complex(t[0]) * z[i] + Complex(t[1])) * z[i] + Complex(t[2]));
+      denominator[i] *= value / static_cast<long double>(t[first]);
+      sum[i] += ((Complex(n[0]) * z[i] + Complex(n[1])) * z[i] + Complex(n[2])) / value;
+    }
+  }
+  long double peak = 0, least = HUGE_VALL;
+  for (int i = 0; i <= points; i++) {
+    peak = std::max(peak, std::abs(sum[i]));
+    least = std::min(least, std::abs(denominator[i]));
+  }
+  long double dropped = 0;
+  for (std::size_t j = 0; j < h.size(); j++) {
+    long double coefficient = 0;
+    for (std::size_t i = 0; i <= j; i++) coefficient += h[i] * d[j - i];
+    dropped += std::fabs(coefficient);
+    if (dropped > negligible * peak * least) return static_cast<int>(j);
+  }
+  return static_cast<int>(h.size());
+}
+
+int zeros_at_infinity(Domain domain, const SectionEntry &parallel, int order) {
   // The numerator's leading coefficients vanish exactly as long as the leading samples of the expansion in x^-1 (in z:
   // of the impulse response) do, and each of those is a plain sum over the sections.
   constexpr double rounding = 1e-13;
@@ -89,8 +130,8 @@ int zeros_at_infinity(const SectionEntry &parallel, int order) {
     const long double h = b[0] / a[0];
     terms.push_back({{a[1] / a[0], a[2] / a[0]}, {b[1] / a[0] - h * a[1] / a[0], b[2] / a[0] - h * a[2] / a[0]}, h});
   }
-  int count = 0;
-  for (; count < order; count++) {
+  std::vector<long double> samples;
+  for (int count = 0; count < order; count++) {
     long double sum = count == 0 ? parallel.gain : 0, size = std::fabs(sum);
     for (Expansion &t : terms) {
       sum += t.h;
@@ -99,11 +140,13 @@ int zeros_at_infinity(const SectionEntry &parallel, int order) {
       t.state = {t.state[1] - t.a[0] * t.h, -t.a[1] * t.h};
     }
     if (std::fabs(sum) > rounding * size) break;
+    samples.push_back(sum);
   }
-  return count;
+  return domain == Domain::s || samples.empty() ? static_cast<int>(samples.size())
+                                                : negligible_samples(parallel, samples);
 }
 
-std::optional<WideRatio> wide_ratio_of_sum(const SectionEntry &parallel) {
+std::optional<WideRatio> wide_ratio_of_sum(Domain domain, const SectionEntry &parallel) {
   std::vector<Wide> numerator{parallel.gain}, denominator{1};
   int order = 0;
   for (int k = 0; k < parallel.section_count; k++) {
@@ -117,7 +160,7 @@ std::optional<WideRatio> wide_ratio_of_sum(const SectionEntry &parallel) {
     for (std::size_t i = 0; i < numerator.size(); i++) numerator[i] += term[i];
     order += s.denominator_degree;
   }
-  std::fill_n(numerator.begin(), zeros_at_infinity(parallel, order), Wide(0));
+  std::fill_n(numerator.begin(), zeros_at_infinity(domain, parallel, order), Wide(0));
   return normalized(parallel.pars, std::move(numerator), std::move(denominator));
 }
 
@@ -186,7 +229,7 @@ bool cascade_to_ratio(Domain domain, const SectionEntry &cascade, RatioEntry &ra
 }
 
 bool parallel_to_ratio(Domain domain, const SectionEntry &parallel, RatioEntry &ratio) {
-  const auto wide = wide_ratio_of_sum(parallel);
+  const auto wide = wide_ratio_of_sum(domain, parallel);
   ratio.sample_rate = parallel.sample_rate;
   return wide && write_ratio(domain, *wide, ratio);
 }

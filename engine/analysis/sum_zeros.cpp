@@ -124,7 +124,7 @@ bool parallel_to_pole_zero(Domain domain, const SectionEntry &parallel, PoleZero
   poles.insert(poles.begin(), pairs.begin(), pairs.end());
   const double radius = domain == Domain::z || off_origin == 0 ? 1 : std::exp(log_radius / off_origin);
 
-  const int count = sum.order - zeros_at_infinity(parallel, sum.order);
+  const int count = sum.order - zeros_at_infinity(domain, parallel, sum.order);
   std::vector<Root> estimates;
   if (count > 0) estimates = zero_estimates(sum, radius, count);
   if (static_cast<int>(estimates.size()) != count) return false;

@@ -29,7 +29,7 @@ struct WideRatio {
 };
 
 std::optional<WideRatio> wide_ratio(const SectionEntry &cascade);
-std::optional<WideRatio> wide_ratio_of_sum(const SectionEntry &parallel);
+std::optional<WideRatio> wide_ratio_of_sum(Domain domain, const SectionEntry &parallel);
 std::optional<WideRatio> wide_ratio(const PoleZeroEntry &pole_zero);
 std::optional<WideRatio> wide_ratio(Domain domain, const RatioEntry &ratio);
 std::optional<WideRatio> wide_ratio(const LatticeEntry &lattice);
@@ -61,6 +61,6 @@ ReducedSection reduced(const Triple &numerator, const Triple &denominator);
 
 /// How many leading numerator coefficients of the sum are 0 or nothing but rounding of the terms they are summed from:
 /// the zeros at infinity of a system that was never meant to have finite ones there.
-int zeros_at_infinity(const SectionEntry &parallel, int order);
+int zeros_at_infinity(Domain domain, const SectionEntry &parallel, int order);
 
 } // namespace brisel

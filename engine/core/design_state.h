@@ -140,6 +140,7 @@ struct DesignRecord {
   double wp;                // passband edge of the normalized prototype
   IirForms s_normalized;
   IirForms s_unnormalized;
+  SectionEntry z_normalized; // impulse invariance: parallel form of the digitized prototype
   IirForms z;              // before quantization
   IirForms z_quantized;    // scaled and quantized: what analysis, files and generators use
   std::int8_t realization; // RealizationForm

@@ -49,6 +49,8 @@ namespace brisel {
   X(form_does_not_exist, 951)                                                                                          \
   X(scaling_impossible, 952)                                                                                           \
   X(quantized_unstable, 953)                                                                                           \
+  X(partial_fractions_lost, 940)                                                                                       \
+  X(poles_on_unit_circle, 941)                                                                                         \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)

@@ -68,15 +68,6 @@ template <class Action> auto with_form(IirForms &forms, RealizationForm form, Ac
   }
 }
 
-// A leading zero place that both triples of a section have is a delay that cancels; the recursions divide by a0.
-void cancel_delays(SectionEntry &entry) {
-  for (int k = 0; k < entry.section_count; k++) {
-    Triple &n = entry.numerators[k], &d = entry.denominators[k];
-    for (int places = 0; places < 2 && n[0] == 0 && d[0] == 0; places++)
-      for (Triple *t : {&n, &d}) *t = {(*t)[1], (*t)[2], 0};
-  }
-}
-
 bool refuse(Message number) {
   post_message(number);
   return false;

@@ -57,4 +57,12 @@ bool reorder_sections(SectionEntry &cascade, PoleZeroEntry &work, int &dropped_d
   return build_sections(Domain::z, work, gain, cascade, none);
 }
 
+void cancel_delays(SectionEntry &entry) {
+  for (int k = 0; k < entry.section_count; k++) {
+    Triple &n = entry.numerators[k], &d = entry.denominators[k];
+    for (int places = 0; places < 2 && n[0] == 0 && d[0] == 0; places++)
+      for (Triple *t : {&n, &d}) *t = {(*t)[1], (*t)[2], 0};
+  }
+}
+
 } // namespace brisel

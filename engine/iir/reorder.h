@@ -15,4 +15,8 @@ void order_pairs(PoleZeroEntry &pole_zero);
 /// without numerator or denominator.
 bool reorder_sections(SectionEntry &cascade, PoleZeroEntry &work, int &dropped_delay);
 
+/// Shifts out leading zero places that both triples of a section have: a delay that cancels, where the recursions would
+/// divide by 0.
+void cancel_delays(SectionEntry &entry);
+
 } // namespace brisel

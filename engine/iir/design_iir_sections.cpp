@@ -1,0 +1,239 @@
+#include "engine/iir/design_iir_sections.h"
+
+#include "engine/analysis/form_conversions.h"
+#include "engine/analysis/pole_zero_form.h"
+#include "engine/core/design_state.h"
+#include "engine/core/front_end.h"
+#include "engine/core/trace.h"
+#include "engine/files/text_file.h"
+#include "engine/iir/analog_prototype.h"
+#include "engine/iir/band_transform.h"
+#include "engine/iir/bessel_prototype.h"
+#include "engine/iir/bilinear_map.h"
+#include "engine/iir/cascade_gain.h"
+#include "engine/iir/digital_transform.h"
+#include "engine/iir/elliptic_prototype.h"
+#include "engine/iir/form_notes.h"
+#include "engine/iir/impulse_invariant_map.h"
+#include "engine/iir/matched_z_map.h"
+#include "engine/iir/order_estimate.h"
+#include "engine/iir/reorder.h"
+#include "engine/iir/selectivity.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace brisel {
+
+namespace {
+
+bool refuse(Message number, std::string_view detail = {}) {
+  post_message(number, detail);
+  return false;
+}
+
+bool is_band_filter(FilterType type) {
+  return type == FilterType::band_pass || type == FilterType::band_stop;
+}
+
+// The order to design, 0 after a refusal.
+int accepted_order(const FilterSpec &spec, const DesignState &selections, double k) {
+  const FilterType type = static_cast<FilterType>(spec.type);
+  const auto refused = [](const std::string &detail) { return refuse(Message::order_out_of_limits, detail) ? 1 : 0; };
+  int order = selections.order;
+  if (order == 0) {
+    std::array<int, analog_prototypes.size()> estimates{};
+    estimate_iir_orders(estimates, k, spec.passband_ripple, spec.stopband_ripple, type);
+    order = estimates[selections.analog_type];
+    if (order > max_order)
+      return refused(formatf("the %s prototype needs order %d, the limit is %d",
+                             analog_prototypes[selections.analog_type].name.data(), order, max_order));
+  }
+  if (order < 1 || order > max_order) return refused(formatf("order %d is not within 1 to %d", order, max_order));
+  if (is_band_filter(type) && order % 2) return refused(formatf("a band filter has an even order, not %d", order));
+  return order;
+}
+
+// Lists a form in the trace under its heading.
+template <class Entry> void list(const char *heading, const Entry &entry) {
+  trace("%s", heading);
+  dump(entry);
+}
+
+// What a conversion refuses has no such form: its record is left empty.
+template <class Entry> void keep_if(bool made, Entry &entry) {
+  if (!made) entry = {};
+}
+
+std::span<const std::complex<double>> poles_of(const PoleZeroEntry &entry) {
+  return std::span(entry.poles).first(pole_count(entry));
+}
+
+// Decimal digits in which the partial fractions of an analog filter are the filter.
+double digits_of_sum(const IirForms &forms) {
+  const Values x = comparison_points(Domain::s, poles_of(forms.pole_zero));
+  return digits_kept(x, cascade_values(forms.cascade, x), parallel_values(forms.parallel, x));
+}
+
+// Decimal digits in which the digital sections are the bilinear image of the analog ones: poles very near the unit
+// circle are rounded together with the coefficients.
+double digits_of_bilinear(const SectionEntry &analog, const SectionEntry &digital) {
+  PoleZeroEntry pole_zero{};
+  if (!cascade_to_pole_zero(Domain::z, digital, pole_zero)) return 0;
+  Values z = comparison_points(Domain::z, poles_of(pole_zero));
+  std::erase(z, std::complex<double>(-1)); // there s is infinite
+  Values s(z.size());
+  const double k = std::numbers::pi / analog.sample_rate;
+  std::transform(z.begin(), z.end(), s.begin(), [k](std::complex<double> x) { return (x - 1.0) / (x + 1.0) / k; });
+  return digits_kept(z, cascade_values(analog, s), cascade_values(digital, z));
+}
+
+// Every pole inside the unit circle and every number finite, for sections with a leading coefficient of 1.
+bool holds_in_double(const SectionEntry &e) {
+  if (!std::isfinite(e.gain) || e.gain == 0) return false;
+  for (int i = 0; i < e.section_count; i++) {
+    const auto [a0, a1, a2] = e.denominators[i];
+    if (!(std::fabs(a2) < 1 && std::fabs(a1) < 1 + a2)) return false;
+    for (const double b : e.numerators[i])
+      if (!std::isfinite(b)) return false;
+  }
+  return true;
+}
+
+constexpr double enough_digits = 9; // fewer are told to the user
+constexpr double least_digits = 3;  // fewer make no filter
+
+// Bilinear and matched Z: section by section, then ordered, then to a peak of 1.
+bool map_cascade(DesignRecord &r, ZTransform method) {
+  IirForms &analog = r.s_unnormalized;
+  list(" S Domain Unnormalized: cascaded\n", analog.cascade);
+  keep_if(cascade_to_parallel(Domain::s, analog.cascade, analog.parallel), analog.parallel);
+  list(" S Domain Unnormalized: parallel\n", analog.parallel);
+  keep_if(cascade_to_pole_zero(Domain::s, analog.cascade, analog.pole_zero), analog.pole_zero);
+  list(" S Domain Unnormalized: pole/zero\n", analog.pole_zero);
+  keep_if(cascade_to_ratio(Domain::s, analog.cascade, analog.ratio), analog.ratio);
+  list(" S Domain Unnormalized: ratio\n", analog.ratio);
+
+  SectionEntry &cascade = r.z.cascade;
+  if (method == ZTransform::bilinear) {
+    bilinear_map(analog.cascade, cascade);
+    list(" Z Domain Unnormalized: cascaded - bilinear\n", cascade);
+    const double digits = digits_of_bilinear(analog.cascade, cascade);
+    if (digits < least_digits) return refuse(Message::poles_on_unit_circle);
+    if (digits < enough_digits)
+      design_notes.push_back(
+          formatf("The digital sections keep %d digits of the analog filter: its poles lie that near "
+                  "the unit circle.",
+                  static_cast<int>(digits)));
+  } else {
+    matched_z_map(analog.cascade, cascade, static_cast<FilterType>(r.spec.type));
+    list(" Z Domain Unnormalized: cascaded - matched Z\n", cascade);
+  }
+  PoleZeroEntry work{};
+  int dropped_delay = 0;
+  if (!reorder_sections(cascade, work, dropped_delay)) return refuse(Message::result_not_finite);
+  note_dropped_delay(dropped_delay);
+  list(" Z Domain Unnormalized: cascaded - reorder sections\n", cascade);
+  compute_cas_gain(cascade);
+  list(" Z Domain Unnormalized: cascaded - compute cas_gain\n", cascade);
+  return true;
+}
+
+// Impulse invariance: term by term of the partial fractions, by way of the analog filter or of the digital lowpass.
+bool map_parallel(DesignRecord &r) {
+  const double step = two_pi / r.spec.sampling_frequency;
+  const bool digital_path = r.selections.ImpulseInvariantDesignPath != 0;
+  IirForms &analog = digital_path ? r.s_normalized : r.s_unnormalized;
+  impulse_invariant_map(r.s_normalized.parallel, r.z_normalized, normalized_step(step));
+  list(" Z Domain Normalized: parallel\n", r.z_normalized);
+  if (!digital_path) {
+    if (!cascade_to_parallel(Domain::s, analog.cascade, analog.parallel) ||
+        !cascade_to_pole_zero(Domain::s, analog.cascade, analog.pole_zero))
+      return refuse(Message::result_not_finite);
+    list(" S Domain Unnormalized: parallel\n", analog.parallel);
+  }
+  const double digits = digits_of_sum(analog);
+  if (digits < least_digits) return refuse(Message::partial_fractions_lost);
+  if (digits < enough_digits)
+    design_notes.push_back(
+        formatf("The partial fractions, of which an impulse-invariant filter is made, keep %d digits "
+                "of the analog filter.",
+                static_cast<int>(digits)));
+  if (digital_path) {
+    digital_transform(r.z_normalized, r.z.parallel, r.spec, r.wp * normalized_step(step));
+  } else {
+    impulse_invariant_map(analog.parallel, r.z.parallel, step);
+    list(" Z Domain Unnormalized: parallel\n", r.z.parallel);
+  }
+  cancel_delays(r.z.parallel);
+  regain_parallel(r.z.parallel);
+  list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);
+  return true;
+}
+
+} // namespace
+
+bool design_iir_sections() {
+  DesignRecord &r = design_record;
+  const FilterSpec &spec = r.spec;
+  const DesignState &selections = r.selections;
+  const ZTransform method{selections.ZTransformMethod};
+  const AnalogPrototype family{selections.analog_type};
+  if (selections.CompensationOption) return refuse(Message::iir_compensation_not_available);
+  if (selections.PhaseEqualizationOption) return refuse(Message::phase_equalizer_not_available);
+  if (selections.analog_type < 0 || selections.analog_type >= static_cast<int>(analog_prototypes.size()) ||
+      selections.ZTransformMethod < 0 || method >= ZTransform::s_domain_only ||
+      spec.type < code(FilterType::low_pass) || spec.type > code(FilterType::band_stop))
+    return refuse(Message::method_not_available);
+  const double k = iir_selectivity(spec, method);
+  if (!(k > 0 && k < 1))
+    return refuse(Message::impossible_specification,
+                  formatf("the selectivity of its edges is %g, it must lie between 0 and 1", k));
+  if (!(spec.passband_ripple > 0 && spec.stopband_ripple > spec.passband_ripple))
+    return refuse(Message::impossible_specification, "the stopband attenuation is not above the passband ripple");
+  const int order = accepted_order(spec, selections, k);
+  if (order == 0) return false;
+
+  const auto [wp, approximate] = design_analog_prototype(family, spec, method, order, r.s_normalized.cascade);
+  r.wp = wp;
+  if (approximate)
+    design_notes.push_back(
+        formatf("The poles of a Bessel prototype above order %d are approximate.", max_refined_bessel_order));
+  if (family == AnalogPrototype::elliptic && k > max_exact_selectivity)
+    design_notes.push_back(formatf("The transition is so narrow (selectivity %.6f) that the elliptic ripples are only "
+                                   "approximately those asked for.",
+                                   k));
+  trace(" S Domain Normalized, wp = %g\n", wp);
+  IirForms &normalized = r.s_normalized;
+  dump(normalized.cascade);
+  keep_if(cascade_to_parallel(Domain::s, normalized.cascade, normalized.parallel), normalized.parallel);
+  keep_if(cascade_to_pole_zero(Domain::s, normalized.cascade, normalized.pole_zero), normalized.pole_zero);
+  keep_if(cascade_to_ratio(Domain::s, normalized.cascade, normalized.ratio), normalized.ratio);
+  keep_if(cascade_to_lattice(Domain::s, normalized.cascade, normalized.lattice), normalized.lattice);
+  list(" S Domain Normalized, parallel form\n", normalized.parallel);
+  dump(normalized.pole_zero);
+  dump(normalized.ratio);
+  dump(normalized.lattice);
+
+  transform_analog_lowpass(normalized.cascade, r.s_unnormalized.cascade, spec, method, wp);
+  const bool by_sum = method == ZTransform::impulse_invariant;
+  if (!(by_sum ? map_parallel(r) : map_cascade(r, method))) return false;
+
+  FormReport found{};
+  if (!derive_forms(Domain::z, by_sum ? RealizationForm::parallel : RealizationForm::cascade, r.z, found))
+    return refuse(Message::result_not_finite);
+  if (!holds_in_double(r.z.cascade)) return refuse(Message::poles_on_unit_circle);
+  note_forms(found);
+  if (by_sum)
+    list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);
+  else
+    list(" Z Domain Unnormalized: parallel form\n", r.z.parallel);
+  list(" Z Domain Unnormalized: pole/zero form\n", r.z.pole_zero);
+  list(" Z Domain Unnormalized: ratio form\n", r.z.ratio);
+  dump(r.z.lattice);
+  dump(r.z.ladder_1);
+  dump(r.z.ladder_2);
+  return true;
+}
+
+} // namespace brisel

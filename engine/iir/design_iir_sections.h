@@ -1,0 +1,12 @@
+// design_iir_sections.h - the IIR stage of a design run: from specification to a digital filter in all its forms.
+#pragma once
+
+namespace brisel {
+
+/// Designs the filter of the design record's specification, whose sampling frequency is 2 pi, by the record's
+/// selections: analog prototype, band transformation, map to z, gain, forms. Fills the record's `wp`, `s_normalized`,
+/// `s_unnormalized`, `z_normalized` (impulse invariance only) and `z`, and lists every stage in the trace. False after
+/// a message, when the order or the selectivity is out of limits or the filter cannot be held in double precision.
+bool design_iir_sections();
+
+} // namespace brisel
