@@ -5,8 +5,14 @@
 #include "engine/core/method_rule.h"
 #include "engine/core/spec_check.h"
 #include "engine/core/trace.h"
-#include "engine/fir/unfold.h"
+#include "engine/files/design_report.h"
+#include "engine/fir/equiripple_design.h"
+#include "engine/fir/fir_quantize.h"
+#include "engine/fir/lp_fir_design.h"
+#include "engine/fir/ls_fir_design.h"
 #include "engine/fir/window_design.h"
+#include "engine/iir/design_iir_sections.h"
+#include "engine/iir/iir_quantize.h"
 
 #include <cstring>
 #include <memory>
@@ -171,41 +177,67 @@ void design_filter() {
     return post_message(Message::impossible_specification, complaint->reason);
   if (const auto missing = missing_stage()) return post_message(*missing);
 
+  run_with_progress([] {
+    filter_dsgn_dsgn();
+    filter_dsgn_quan();
+  });
+}
+
+void run_with_progress(const std::function<void()> &stages) {
   SetAside previous;
   stop_asked = false;
   front_end->announce("Working...");
-  filter_dsgn_dsgn();
-  filter_dsgn_quan();
+  stages();
   if (stop_asked) previous.put_back();
   front_end->announce("Ready");
 }
 
-void filter_dsgn_dsgn() {
+void begin_record(double sampling_frequency) {
   DesignRecord &r = design_record;
   r.valid = 0;
   status = 0;
   design_notes.clear();
   r.loaded = *current_spec;
-  r.spec = *current_spec;
+  r.loaded.sampling_frequency = sampling_frequency;
+  r.loaded.sampling_period = two_pi / sampling_frequency;
+  r.spec = r.loaded;
   r.selections = design_state;
   r.quantization = quantization_settings;
-  const bool fir = is_fir_method(r.selections.DesignOrAnalysisType);
   if (plot_settings.autoreset || plot_settings.frequency_range[0] == plot_settings.frequency_range[1])
-    reset_plot_ranges(plot_settings, r.loaded.sampling_frequency, !fir);
+    reset_plot_ranges(plot_settings, sampling_frequency, r.selections.DesignOrAnalysisType == code(DesignMethod::iir));
   r.plot = plot_settings;
   const std::uint8_t runs = r.design_counter++;
   if (runs != 0 && runs % runs_between_trims == 0) trim_system_files();
   trace("\n design counter = %d\n", r.design_counter);
+}
+
+void filter_dsgn_dsgn() {
+  DesignRecord &r = design_record;
+  begin_record(current_spec->sampling_frequency);
+  const bool fir = is_fir_method(r.selections.DesignOrAnalysisType);
   trace(" entering filter_dsgn_dsgn \n");
   reopen_system_files();
   r.spec = normalised(r.loaded);
 
   switch (DesignMethod{r.selections.DesignOrAnalysisType}) {
+  case DesignMethod::iir:
+    r.realization = r.selections.RealizationType;
+    r.valid = design_iir_sections();
+    break;
   case DesignMethod::window:
     r.valid = fir_window_design(r.spec, r.fir_designed);
     break;
-  default:
-    post_message(Message::method_not_available);
+  case DesignMethod::equiripple:
+    equiripple_design();
+    break;
+  case DesignMethod::linear_programming:
+    lp_fir_design();
+    break;
+  case DesignMethod::least_squares:
+    ls_fir_design();
+    break;
+  case DesignMethod::z_analysis:
+  case DesignMethod::s_analysis:
     break;
   }
   if (!r.valid) return;
@@ -219,10 +251,13 @@ void filter_dsgn_quan() {
   r.valid = 0;
   trace(" entering filter_dsgn_quan \n");
   reopen_system_files();
-  fir_entry_unfold(r.fir_designed, r.fir_unquantized);
-  fir_entry_unfold(r.fir_designed, r.fir);
+  bool quantized = true;
+  if (is_fir_result())
+    fir_quantize();
+  else if (RealizationForm{r.realization} != RealizationForm::nonlinear)
+    quantized = quantize_iir();
   r.finished = std::time(nullptr);
-  r.valid = !stop_asked;
+  r.valid = quantized && !stop_asked;
   filter_dsgn_plot();
 }
 
@@ -235,6 +270,7 @@ void filter_dsgn_plot() {
   else
     iir_plot_array();
   front_end->refresh_plots();
+  detail_output();
 }
 
 } // namespace brisel

@@ -3,6 +3,8 @@
 
 #include "engine/core/records.h"
 
+#include <functional>
+
 namespace brisel {
 
 /// One design run. Asks the front end for every page, then designs, quantizes and computes the responses. Afterwards
@@ -15,6 +17,13 @@ void SetFilterDesignType();
 
 /// The specification with every frequency multiplied by `sampling_period`, so that the sampling frequency is 2 pi.
 FilterSpec normalised(const FilterSpec &spec);
+
+/// Runs the stages of a run between "Working..." and "Ready". When the user stops them, the design that stood before is
+/// put back.
+void run_with_progress(const std::function<void()> &stages);
+
+/// Fills the design record with what a run starts from; `sampling_frequency` in radians per second.
+void begin_record(double sampling_frequency);
 
 // The stages of a run, in their order. Those that return a bool answer whether the run goes on.
 bool GetFilterParameters();

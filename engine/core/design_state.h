@@ -141,9 +141,9 @@ struct DesignRecord {
   IirForms s_normalized;
   IirForms s_unnormalized;
   SectionEntry z_normalized; // impulse invariance: parallel form of the digitized prototype
-  IirForms z;              // before quantization
-  IirForms z_quantized;    // scaled and quantized: what analysis, files and generators use
-  std::int8_t realization; // RealizationForm
+  IirForms z;                // before quantization
+  IirForms z_quantized;      // scaled and quantized: what analysis, files and generators use
+  std::int8_t realization;   // RealizationForm
   QuantizationResult noise;
 };
 static_assert(std::is_trivially_copyable_v<DesignRecord>);

@@ -51,6 +51,7 @@ namespace brisel {
   X(quantized_unstable, 953)                                                                                           \
   X(partial_fractions_lost, 940)                                                                                       \
   X(poles_on_unit_circle, 941)                                                                                         \
+  X(system_has_no_form, 956)                                                                                           \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)

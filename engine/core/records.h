@@ -151,9 +151,9 @@ struct QuantizationResult {
   double standard_deviation;
   std::int32_t noise_floor_bits;
   double noise_floor_db;
-  std::int32_t unstable;   // nonzero: poles of the final form lie on or outside the unit circle
-  std::int32_t node_count; // 0: no scaling was done
-  std::array<double, max_sections + 1> node_peak;           // before scaling
+  std::int32_t unstable;                          // nonzero: poles of the final form lie on or outside the unit circle
+  std::int32_t node_count;                        // 0: no scaling was done
+  std::array<double, max_sections + 1> node_peak; // before scaling
   std::array<double, max_sections + 1> node_peak_frequency; // radians per second
   std::array<double, max_sections + 1> scale_factor;
   std::array<double, max_sections + 1> scaled_node_peak; // after scaling

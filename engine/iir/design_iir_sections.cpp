@@ -103,7 +103,18 @@ bool holds_in_double(const SectionEntry &e) {
 constexpr double enough_digits = 9; // fewer are told to the user
 constexpr double least_digits = 3;  // fewer make no filter
 
-// Bilinear and matched Z: section by section, then ordered, then to a peak of 1.
+// Largest magnitude of an analog filter up to half the sampling frequency: matched Z sections, whose zeros at the end
+// of the band are not the analog ones, get the gain of an entered system back from it.
+double analog_peak(const SectionEntry &analog) {
+  constexpr int points = 1001;
+  Values s(points);
+  for (int i = 0; i < points; i++) s[i] = {0, analog.sample_rate / 2 * i / (points - 1)};
+  double peak = 0;
+  for (const auto &value : cascade_values(analog, s)) peak = std::max(peak, std::abs(value));
+  return std::isfinite(peak) && peak > 0 ? peak : 1;
+}
+
+// Bilinear and matched Z: section by section, then ordered, then to a peak of 1 unless the system keeps its gain.
 bool map_cascade(DesignRecord &r, ZTransform method) {
   IirForms &analog = r.s_unnormalized;
   list(" S Domain Unnormalized: cascaded\n", analog.cascade);
@@ -134,7 +145,9 @@ bool map_cascade(DesignRecord &r, ZTransform method) {
   if (!reorder_sections(cascade, work, dropped_delay)) return refuse(Message::result_not_finite);
   note_dropped_delay(dropped_delay);
   list(" Z Domain Unnormalized: cascaded - reorder sections\n", cascade);
-  compute_cas_gain(cascade);
+  const bool keep_gain = analog.cascade.keep_gain != 0;
+  if (!keep_gain || method == ZTransform::matched_z) compute_cas_gain(cascade);
+  if (keep_gain && method == ZTransform::matched_z) cascade.gain *= analog_peak(analog.cascade);
   list(" Z Domain Unnormalized: cascaded - compute cas_gain\n", cascade);
   return true;
 }
@@ -166,12 +179,35 @@ bool map_parallel(DesignRecord &r) {
     list(" Z Domain Unnormalized: parallel\n", r.z.parallel);
   }
   cancel_delays(r.z.parallel);
-  regain_parallel(r.z.parallel);
+  if (!analog.cascade.keep_gain) regain_parallel(r.z.parallel);
   list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);
   return true;
 }
 
 } // namespace
+
+bool digitize_analog(ZTransform method, AcceptPoles accepted) {
+  DesignRecord &r = design_record;
+  const bool by_sum = method == ZTransform::impulse_invariant;
+  if (!(by_sum ? map_parallel(r) : map_cascade(r, method))) return false;
+
+  FormReport found{};
+  if (!derive_forms(Domain::z, by_sum ? RealizationForm::parallel : RealizationForm::cascade, r.z, found))
+    return refuse(Message::result_not_finite);
+  if (accepted == AcceptPoles::inside_only && !holds_in_double(r.z.cascade))
+    return refuse(Message::poles_on_unit_circle);
+  note_forms(found);
+  if (by_sum)
+    list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);
+  else
+    list(" Z Domain Unnormalized: parallel form\n", r.z.parallel);
+  list(" Z Domain Unnormalized: pole/zero form\n", r.z.pole_zero);
+  list(" Z Domain Unnormalized: ratio form\n", r.z.ratio);
+  dump(r.z.lattice);
+  dump(r.z.ladder_1);
+  dump(r.z.ladder_2);
+  return true;
+}
 
 bool design_iir_sections() {
   DesignRecord &r = design_record;
@@ -216,24 +252,7 @@ bool design_iir_sections() {
   dump(normalized.lattice);
 
   transform_analog_lowpass(normalized.cascade, r.s_unnormalized.cascade, spec, method, wp);
-  const bool by_sum = method == ZTransform::impulse_invariant;
-  if (!(by_sum ? map_parallel(r) : map_cascade(r, method))) return false;
-
-  FormReport found{};
-  if (!derive_forms(Domain::z, by_sum ? RealizationForm::parallel : RealizationForm::cascade, r.z, found))
-    return refuse(Message::result_not_finite);
-  if (!holds_in_double(r.z.cascade)) return refuse(Message::poles_on_unit_circle);
-  note_forms(found);
-  if (by_sum)
-    list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);
-  else
-    list(" Z Domain Unnormalized: parallel form\n", r.z.parallel);
-  list(" Z Domain Unnormalized: pole/zero form\n", r.z.pole_zero);
-  list(" Z Domain Unnormalized: ratio form\n", r.z.ratio);
-  dump(r.z.lattice);
-  dump(r.z.ladder_1);
-  dump(r.z.ladder_2);
-  return true;
+  return digitize_analog(method, AcceptPoles::inside_only);
 }
 
 } // namespace brisel
