@@ -75,16 +75,16 @@ std::vector<Requirement> requirements(const FilterSpec &spec, const Compensation
     return all;
   }
   case FilterType::differentiator:
-    return {{"relative error",
-             Measure::relative_error,
+    return {{"error",
+             Measure::percent_error,
              {{pass[0], pass[1]}},
              [spec, compensation](double w) {
                return std::abs(differentiator_amplitude(spec, w)) * compensation_factor(compensation, w);
              },
-             0}};
+             spec.passband_ripple}};
   case FilterType::hilbert:
-    return {{"error of the gain",
-             Measure::error,
+    return {{"error",
+             Measure::percent_error,
              {{pass[0], pass[1]}},
              [compensation](double w) { return compensation_factor(compensation, w); },
              spec.passband_ripple}};
@@ -112,6 +112,25 @@ Sampler fir_sampler(std::span<const double> taps, double gain) {
     centred_response(taps, linear_grid(band.low, band.high, 2 * pi, samples.w), sums);
     std::transform(sums.begin(), sums.end(), samples.gain.begin(),
                    [gain](std::complex<double> sum) { return std::abs(sum * gain); });
+    return samples;
+  };
+}
+
+Sampler iir_sampler(PlaneValues values) {
+  return [values = std::move(values)](Band band) {
+    constexpr std::size_t points = 8001;
+    const std::size_t count = band.high > band.low ? points : 2;
+    Samples samples{std::vector<double>(count), std::vector<double>(count)};
+    std::vector<std::complex<double>> z(count);
+    for (std::size_t i = 0; i < count; i++) {
+      const double angle = pi * static_cast<double>(i) / static_cast<double>(count - 1);
+      const double rise = std::sin(angle / 2) * std::sin(angle / 2);
+      samples.w[i] = i + 1 == count ? band.high : band.low + (band.high - band.low) * rise;
+      z[i] = std::polar(1.0, samples.w[i]);
+    }
+    const auto found = values(z);
+    std::transform(found.begin(), found.end(), samples.gain.begin(),
+                   [](std::complex<double> v) { return std::abs(v); });
     return samples;
   };
 }
@@ -183,12 +202,14 @@ std::vector<double> attained(const std::vector<Requirement> &requirements, const
       figures.push_back(std::max(error.largest, -error.smallest));
       break;
     }
-    case Measure::relative_error: {
+    case Measure::relative_error:
+    case Measure::percent_error: {
       const Extremes error = over([&](double gain, double w) {
         const double desired = wanted.desired(w);
         return desired > 0 ? gain / desired - 1 : 0;
       });
-      figures.push_back(std::max(error.largest, -error.smallest));
+      const double worst = std::max(error.largest, -error.smallest);
+      figures.push_back(wanted.measure == Measure::percent_error ? 100 * worst : worst);
       break;
     }
     }

@@ -9,6 +9,7 @@
 #include "engine/core/records.h"
 #include "engine/fir/compensation.h"
 
+#include <complex>
 #include <functional>
 #include <span>
 #include <string>
@@ -26,6 +27,7 @@ enum class Measure {
   attenuation_db, // below the largest gain of the ripple requirements, or below 1 where there is none
   error,          // distance from the desired gain
   relative_error, // the same over the desired gain
+  percent_error,  // that in percent
   peak_db,        // largest gain
 };
 
@@ -51,6 +53,11 @@ using Sampler = std::function<Samples(Band)>;
 
 /// Samples a FIR filter of these taps; with 16 points between neighbouring extrema of its gain.
 Sampler fir_sampler(std::span<const double> taps, double gain);
+
+/// Samples an IIR filter whose values at points of the z plane are those of `values`; the points lie closer and closer
+/// towards the band's edges, where the extrema of such a filter are.
+using PlaneValues = std::function<std::vector<std::complex<double>>(std::span<const std::complex<double>>)>;
+Sampler iir_sampler(PlaneValues values);
 
 /// One figure a requirement, in its unit.
 std::vector<double> attained(const std::vector<Requirement> &requirements, const Sampler &sampler);

@@ -47,14 +47,44 @@ template <class Table> Names options_of(const Table &table) {
 }
 
 Names methods() {
-  return {"", design_methods[code(DesignMethod::window)].option};
+  return options_of(design_methods);
 }
 Names window_names() {
   return options_of(windows);
 }
+Names scalings() {
+  return options_of(fir_scalings);
+}
+Names optimal_symmetries() {
+  return {fir_symmetries[0], fir_symmetries[1]};
+}
+Names prototypes() {
+  return options_of(analog_prototypes);
+}
+Names mappings() {
+  Names names = options_of(z_transforms);
+  names.pop_back(); // the s domain alone is for analysis
+  return names;
+}
+Names impulse_paths() {
+  return {"s-first", "z-first"};
+}
+Names realizations() {
+  Names names = options_of(realization_forms);
+  names.pop_back(); // a nonlinear system is not designed
+  return names;
+}
+Names structures() {
+  return options_of(section_structures);
+}
+Names quantizations() {
+  return {"off", "fixed", "floating"};
+}
 Names compensations() { // index - 1 is the curve
   return {"none", "sinc", "comb"};
 }
+
+constexpr int min_bits = 2, max_bits = 52, max_fixed_bits = 32;
 
 constexpr unsigned for_design = static_cast<unsigned>(Command::design);
 constexpr unsigned for_analyze = static_cast<unsigned>(Command::analyze);
@@ -65,11 +95,12 @@ constexpr unsigned method_bit(DesignMethod method) {
   return 1u << code(method);
 }
 constexpr unsigned with_window = method_bit(DesignMethod::window);
-constexpr unsigned with_fir = with_window | method_bit(DesignMethod::equiripple) |
-                              method_bit(DesignMethod::linear_programming) | method_bit(DesignMethod::least_squares);
+constexpr unsigned with_optimal = method_bit(DesignMethod::equiripple) | method_bit(DesignMethod::linear_programming);
+constexpr unsigned with_fir = with_window | with_optimal | method_bit(DesignMethod::least_squares);
+constexpr unsigned with_iir = method_bit(DesignMethod::iir);
 constexpr unsigned with_any = ~0u;
 
-enum class Group { design, response, output };
+enum class Group { design, quantization, response, output };
 
 struct OptionRow {
   const char *name;
@@ -79,6 +110,12 @@ struct OptionRow {
   unsigned commands;
   unsigned methods;
   const char *help;
+
+  bool place_is(std::optional<int> Job::*place) const {
+    const auto *number = std::get_if<Number>(&value);
+    const auto *choice = std::get_if<Choice>(&value);
+    return (number && number->place == place) || (choice && choice->place == place);
+  }
 };
 
 const std::vector<OptionRow> &option_rows() {
@@ -89,6 +126,9 @@ const std::vector<OptionRow> &option_rows() {
        "number of taps; default: the method's own estimate"},
       {"--window", "WINDOW", Choice{&Job::window, window_names}, Group::design, for_design, with_window,
        "window of the window method; default: kaiser, rectangular for arbitrary magnitude and raised cosine filters"},
+      {"--symmetry", "SYMMETRY", Choice{&Job::symmetry, optimal_symmetries}, Group::design, for_design, with_optimal,
+       "of the taps of equiripple and linear-programming filters; default: symmetric, antisymmetric for differentiator "
+       "and Hilbert transformer"},
       {"--compensation", "CURVE", Choice{&Job::compensation, compensations}, Group::design, for_design, with_fir,
        "make up for the droop of a zero-order hold (sinc) or of a comb decimator (comb); default: none"},
       {"--rate-change", "N", Number{&Job::rate_change, 1, max_compensation_setting}, Group::design, for_design,
@@ -97,6 +137,26 @@ const std::vector<OptionRow> &option_rows() {
        for_design, with_fir, "differential delay of the comb; default: 1"},
       {"--stages", "N", Number{&Job::stages, 1, max_compensation_setting}, Group::design, for_design, with_fir,
        "number of stages of the comb; default: 1"},
+      {"--prototype", "PROTOTYPE", Choice{&Job::prototype, prototypes}, Group::design, for_design, with_iir,
+       "analog prototype of IIR filters; default: elliptic"},
+      {"--order", "N", Number{&Job::order, 1, max_order}, Group::design, for_design, with_iir,
+       "order of IIR filters, even for bandpass and bandstop; default: the prototype's estimate"},
+      {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_design, with_iir,
+       "from the s plane to the z plane; default: bilinear"},
+      {"--impulse-path", "PATH", Choice{&Job::impulse_path, impulse_paths}, Group::design, for_design, with_iir,
+       "where the impulse-invariant mapping transforms the band: denormalized in s first, or normalized in z first; "
+       "default: s-first"},
+      {"--realization", "FORM", Choice{&Job::realization, realizations}, Group::design, for_design, with_iir,
+       "form in which IIR filters run; default: cascade"},
+      {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_design, with_iir,
+       "arithmetic of cascaded sections; default: transposed"},
+      {"--quantize", "ARITHMETIC", Choice{&Job::quantize, quantizations}, Group::quantization, for_results, with_any,
+       "round the coefficients; default: off"},
+      {"--bits", "N", Number{&Job::bits, min_bits, max_bits}, Group::quantization, for_results, with_any,
+       "word length, at most 32 for fixed point; mantissa length of floating point; default: 16"},
+      {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_results, with_fir,
+       "of fixed-point taps before rounding: none, by a power of two until the largest is at least a half, or until it "
+       "is just below one; default: half"},
       {"--frequency-points", "N", Number{&Job::frequency_points, 2, max_frequency_points}, Group::response, for_results,
        with_any, "points of the frequency responses; default: 1001"},
       {"--time-points", "N", Number{&Job::time_points, 1, max_time_points}, Group::response, for_results, with_any,
@@ -108,6 +168,7 @@ const std::vector<OptionRow> &option_rows() {
       {"--json", "FILE", OutputPath{&Job::json}, Group::output, for_results | for_estimate, with_any,
        "all results, machine readable; - is standard output"},
       {"--spc", "FILE", OutputPath{&Job::spc}, Group::output, for_design, with_any, "specification file"},
+      {"--flt", "FILE", OutputPath{&Job::flt}, Group::output, for_results, with_any, "filter coefficient file"},
       {"--plot-data", "BASE", OutputPath{&Job::plot_data}, Group::output, for_results, with_any,
        "tables of the responses: BASE.gdl .imp .lmn .mag .pha .stp"},
       {"--plots", "DIR", OutputPath{&Job::plots}, Group::output, for_results, with_any,
@@ -199,7 +260,7 @@ constexpr std::array commands{
     CommandRow{Command::design, "design", "FILE.spc", "filter specification file",
                "design the filter that a specification asks for"},
     CommandRow{Command::estimate, "estimate", "FILE.spc", "filter specification file",
-               "tell the length that each window needs"},
+               "tell the length that each window, or the order that each analog prototype needs"},
 };
 
 constexpr std::size_t help_width = 100;
@@ -249,7 +310,7 @@ std::string command_help(const CommandRow &command) {
     text += " A short summary goes to standard output, unless that carries the JSON\nobject. Files are written only "
             "when the whole job has succeeded.";
   text += "\n\n" + help_row(command.argument, command.input) + help_row("-h, --help", "this text");
-  constexpr std::array headings{"Design:", "Responses:", "Outputs:"};
+  constexpr std::array headings{"Design:", "Quantization:", "Responses:", "Outputs:"};
   for (std::size_t group = 0; group < headings.size(); group++) {
     std::string rows;
     for (const OptionRow &row : option_rows())
@@ -338,12 +399,25 @@ void refuse_unused_options(const Job &job, int method) {
     refuse(row, formatf("has no meaning for method %s, only for ", std::string(design_methods[method].option).c_str()) +
                     listed(usable));
   }
+  // Options that another one must switch on.
   const bool comb = job.compensation == static_cast<int>(CompensationCurve::comb) + 1;
-  for (const OptionRow &row : option_rows())
-    if (const auto *number = std::get_if<Number>(&row.value); number && given(row, job) && !comb)
-      if (number->place == &Job::rate_change || number->place == &Job::differential_delay ||
-          number->place == &Job::stages)
-        refuse(row, "needs --compensation comb");
+  const bool fixed = job.quantize == static_cast<int>(Quantize::fixed);
+  const bool floating = job.quantize == static_cast<int>(Quantize::floating);
+  for (const OptionRow &row : option_rows()) {
+    const auto needs = [&](auto member, bool met, const char *what) {
+      if (row.place_is(member) && given(row, job) && !met) refuse(row, std::string("needs ") + what);
+    };
+    needs(&Job::rate_change, comb, "--compensation comb");
+    needs(&Job::differential_delay, comb, "--compensation comb");
+    needs(&Job::stages, comb, "--compensation comb");
+    needs(&Job::impulse_path, job.mapping == code(ZTransform::impulse_invariant), "--mapping impulse-invariant");
+    needs(&Job::structure, job.realization.value_or(code(RealizationForm::cascade)) == code(RealizationForm::cascade),
+          "--realization cascade");
+    needs(&Job::bits, fixed || floating, "--quantize fixed or floating");
+    needs(&Job::scaling, fixed, "--quantize fixed");
+    if (row.place_is(&Job::bits) && fixed && job.bits.value_or(min_bits) > max_fixed_bits)
+      refuse(row, formatf("%d is outside %d to %d for fixed point", *job.bits, min_bits, max_fixed_bits));
+  }
 }
 
 } // namespace brisel

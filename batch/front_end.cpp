@@ -14,6 +14,11 @@ PageResult BatchFrontEnd::run_page(Page page) {
   case Page::optimisation:
     current_spec->length = job.length.value_or(0);
     if (job.window) current_spec->window_type = *job.window;
+    if (job.symmetry) design_state.symmetry = static_cast<std::uint8_t>(*job.symmetry);
+    break;
+  case Page::iir:
+    if (job.prototype) design_state.analog_type = static_cast<std::int8_t>(*job.prototype);
+    design_state.order = static_cast<std::int16_t>(job.order.value_or(0));
     break;
   default:
     break;

@@ -25,16 +25,21 @@ struct Job {
   Command command = Command::none;
   std::string input;
 
-  std::optional<int> method, length, window;
+  std::optional<int> method, length, window, symmetry;
+  std::optional<int> prototype, order, mapping, impulse_path, realization, structure;
   std::optional<int> compensation, rate_change, differential_delay, stages;
+  std::optional<int> quantize, bits, scaling;
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file
   bool log_frequency = false;
 
-  std::string json, spc, plot_data, plots, pdf;
+  std::string json, spc, flt, plot_data, plots, pdf;
 
   bool has(Command wanted) const { return command == wanted; }
 };
+
+/// Codes of `--quantize`.
+enum class Quantize : int { off, fixed, floating };
 
 /// Path that stands for standard output.
 inline constexpr std::string_view standard_output = "-";

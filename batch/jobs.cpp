@@ -8,10 +8,14 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/method_rule.h"
+#include "engine/files/coefficient_file.h"
 #include "engine/files/plot_data.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/length_estimate.h"
+#include "engine/fir/optimal_length.h"
+#include "engine/iir/order_estimate.h"
+#include "engine/iir/selectivity.h"
 
 #include <algorithm>
 #include <array>
@@ -43,7 +47,7 @@ void add_plot_data(const Job &job, FileSet &files) {
 /// Every file that the job will write, by the name it was given.
 std::vector<std::string> targets(const Job &job) {
   std::vector<std::string> all;
-  for (const std::string *path : {&job.json, &job.spc})
+  for (const std::string *path : {&job.json, &job.spc, &job.flt})
     if (!path->empty() && *path != standard_output) all.push_back(*path);
   if (!job.plot_data.empty())
     for (const PlotDataFile &file : plot_data_files) all.push_back(plot_data_path(job, file));
@@ -114,11 +118,36 @@ void choose_compensation(const Job &job) {
   design_state.CompensationNumberOfStages = static_cast<std::uint8_t>(job.stages.value_or(1));
 }
 
+void choose_iir(const Job &job) {
+  const FilterType type{design_state.filter_type};
+  if (job.order.value_or(0) % 2 != 0 && (type == FilterType::band_pass || type == FilterType::band_stop))
+    throw JobFailure(exit_usage, formatf("--order: %d is odd; a %s filter has an even order", *job.order,
+                                         std::string(filter_types[code(type)].file_name).c_str()));
+  if (job.mapping) design_state.ZTransformMethod = static_cast<std::int8_t>(*job.mapping);
+  if (job.impulse_path) design_state.ImpulseInvariantDesignPath = static_cast<std::uint8_t>(*job.impulse_path);
+  if (job.realization) design_state.RealizationType = static_cast<std::int8_t>(*job.realization);
+  if (job.structure) quantization_settings.rtype1 = *job.structure;
+}
+
+void choose_quantization(const Job &job) {
+  const Quantize chosen{job.quantize.value_or(static_cast<int>(Quantize::off))};
+  quantization_settings.quant = chosen != Quantize::off;
+  quantization_settings.qtype = chosen != Quantize::floating;
+  if (job.bits) quantization_settings.ibit = *job.bits;
+  if (job.scaling) design_state.GainOption = static_cast<std::uint8_t>(*job.scaling);
+}
+
 std::string specification_text() {
   FilterSpec saved = design_record.loaded;
   saved.unit = design_record.selections.FrequencyMode;
   auto text = format_filter_spec(saved);
   if (!text) fail("the specification holds a value that its file cannot");
+  return std::move(*text);
+}
+
+std::string coefficient_text(const Job &job, const BatchFrontEnd &front_end) {
+  auto text = format_current_coefficient_file(design_state.fleng);
+  if (!text) fail(front_end.failure(job.flt + ": the design has values that a coefficient file cannot hold"));
   return std::move(*text);
 }
 
@@ -144,7 +173,14 @@ private:
   bool made = false;
 };
 
-/// True when the two are the same file, so that text for a person must not be mixed into it.
+void add_output(const std::string &path, std::string content, FileSet &files) {
+  if (path == standard_output)
+    files.add_standard_output(std::move(content));
+  else
+    files.add(path, std::move(content));
+}
+
+/// True when text for a person would be mixed into this output.
 bool is_standard_output(const std::string &path) {
   std::error_code error;
   return path == standard_output || std::filesystem::equivalent(path, "/dev/stdout", error);
@@ -159,19 +195,19 @@ void run_design(const Job &job, BatchFrontEnd &front_end) {
   choose_method(job);
   choose_plot_settings(job);
   choose_compensation(job);
+  choose_iir(job);
+  choose_quantization(job);
   design_filter();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the design run ended without a result"));
   front_end.messages_to_notes();
 
   FileSet files;
   if (!job.spc.empty()) files.add(job.spc, specification_text());
+  if (!job.flt.empty()) files.add(job.flt, coefficient_text(job, front_end));
   add_plot_data(job, files);
   add_pictures(job, files);
-  if (job.json == standard_output)
-    files.add_standard_output(design_json());
-  else if (!job.json.empty())
-    files.add(job.json, design_json());
-  if (job.json.empty() || !is_standard_output(job.json)) files.add_standard_output(design_summary());
+  if (!job.json.empty()) add_output(job.json, design_json(), files);
+  if (!is_standard_output(job.json)) files.add_standard_output(design_summary());
   NewFolder folder(job.plots);
   std::string why;
   if (!files.commit(why)) fail(why);
@@ -180,10 +216,36 @@ void run_design(const Job &job, BatchFrontEnd &front_end) {
 
 namespace {
 
-std::string estimate_table(const std::vector<Estimate> &lengths) {
-  std::string out = "Estimated number of taps:\n";
-  for (const Estimate &estimate : lengths) appendf(out, "  %-22s %6d\n", estimate.name.c_str(), estimate.value);
+std::string estimate_table(const char *title, const std::vector<Estimate> &estimates) {
+  std::string out = estimates.empty() ? "" : std::string(title) + "\n";
+  for (const Estimate &estimate : estimates) appendf(out, "  %-22s %6d\n", estimate.name.c_str(), estimate.value);
   return out;
+}
+
+std::vector<Estimate> length_estimates(FilterType type) {
+  std::array<int, offered_window_count> taps;
+  fir_length_estimate(*current_spec, taps);
+  std::vector<Estimate> lengths;
+  for (std::size_t i = 0; i < taps.size(); i++) lengths.push_back({std::string(windows[i].option), taps[i]});
+  // Both optimal methods approximate in the same sense and need the same length.
+  const bool odd = type == FilterType::differentiator || type == FilterType::hilbert;
+  const int optimal =
+      optimal_length(normalised(*current_spec), odd ? FirSymmetry::antisymmetric : FirSymmetry::symmetric);
+  for (const DesignMethod method : {DesignMethod::equiripple, DesignMethod::linear_programming})
+    lengths.push_back({std::string(design_methods[code(method)].option), optimal});
+  return lengths;
+}
+
+std::vector<Estimate> order_estimates(FilterType type) {
+  if (type > FilterType::band_stop) return {};
+  const FilterSpec spec = normalised(*current_spec);
+  std::array<int, analog_prototypes.size()> orders{};
+  estimate_iir_orders(orders, iir_selectivity(spec, ZTransform::bilinear), spec.passband_ripple, spec.stopband_ripple,
+                      type);
+  std::vector<Estimate> estimates;
+  for (std::size_t i = 0; i < orders.size(); i++)
+    estimates.push_back({std::string(analog_prototypes[i].option), orders[i]});
+  return estimates;
 }
 
 } // namespace
@@ -193,10 +255,8 @@ void run_estimate(const Job &job, BatchFrontEnd &front_end) {
   const FilterType type{design_state.filter_type};
   if (type == FilterType::arbitrary_group_delay)
     fail(job.input + ": there is no estimate for a group delay specification");
-  std::array<int, offered_window_count> taps;
-  fir_length_estimate(*current_spec, taps);
-  std::vector<Estimate> lengths;
-  for (std::size_t i = 0; i < taps.size(); i++) lengths.push_back({std::string(windows[i].option), taps[i]});
+  current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
+  const std::vector<Estimate> lengths = length_estimates(type), orders = order_estimates(type);
 
   // Types without a transition of their own were given one; the reader of the figures must know it.
   const bool assumed =
@@ -204,15 +264,11 @@ void run_estimate(const Job &job, BatchFrontEnd &front_end) {
   const double width = assumed ? in_user_unit(transition_width(*current_spec), design_state.unit_factor) : 0;
 
   FileSet files;
-  const std::string json = job.json.empty() ? "" : estimate_json(lengths, {}, width);
-  if (job.json == standard_output) {
-    files.add_standard_output(json);
-  } else {
-    if (!job.json.empty()) files.add(job.json, json);
-    std::string text = estimate_table(lengths);
-    if (assumed) appendf(text, "Transition width used: %.6g %s\n", width, design_state.FrequencyMode ? "rad/s" : "Hz");
-    if (job.json.empty() || !is_standard_output(job.json)) files.add_standard_output(text);
-  }
+  if (!job.json.empty()) add_output(job.json, estimate_json(lengths, orders, width), files);
+  std::string text = estimate_table("Estimated number of taps:", lengths) +
+                     estimate_table("Estimated order, bilinear transformation:", orders);
+  if (assumed) appendf(text, "Transition width used: %.6g %s\n", width, design_state.FrequencyMode ? "rad/s" : "Hz");
+  if (!is_standard_output(job.json)) files.add_standard_output(text);
   std::string why;
   if (!files.commit(why)) fail(why);
 }

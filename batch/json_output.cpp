@@ -23,6 +23,10 @@ Json coefficients(std::span<const double> values) {
   return Json(std::vector<double>(values.begin(), values.end()));
 }
 
+double coefficient(double value) {
+  return coefficients({&value, 1})[0];
+}
+
 template <std::size_t size> Json response(const std::array<double, size> &values, int count) {
   return Json(std::vector<double>(values.begin(), values.begin() + count)); // what is not finite is shown as null
 }
@@ -36,10 +40,108 @@ Json fir_json() {
   Json out{{"length", fir.length}, {"symmetry", fir_symmetries[static_cast<std::size_t>(fir.fir_type)]}};
   if (design_record.selections.DesignOrAnalysisType == code(DesignMethod::window))
     out["window"] = windows[static_cast<std::size_t>(design_record.spec.window_type)].option;
-  out["gain"] = coefficients({&fir.gain, 1})[0];
+  out["gain"] = coefficient(fir.gain);
   out["shift"] = fir.shift;
   out["coefficients"] = coefficients(taps(fir));
   out["unquantized"] = coefficients(taps(design_record.fir_unquantized));
+  return out;
+}
+
+Json triple_list(const SectionEntry &entry) {
+  Json list = Json::array();
+  for (int i = 0; i < entry.section_count; i++)
+    list.push_back(
+        Json{{"numerator", coefficients(entry.numerators[i])}, {"denominator", coefficients(entry.denominators[i])}});
+  return list;
+}
+
+Json cascade_json(const SectionEntry &entry) {
+  return Json{{"gain", coefficient(entry.gain)}, {"sections", triple_list(entry)}};
+}
+
+Json parallel_json(const SectionEntry &entry) {
+  return Json{
+      {"direct", coefficient(entry.gain)}, {"scale", coefficient(entry.pars)}, {"sections", triple_list(entry)}};
+}
+
+template <std::size_t size> Json leading(const std::array<double, size> &values, int count, int from = 0) {
+  return coefficients({values.data() + from, static_cast<std::size_t>(count)});
+}
+
+Json root_list(std::span<const std::complex<double>> roots) {
+  Json list = Json::array();
+  for (const std::complex<double> root : roots) list.push_back({coefficient(root.real()), coefficient(root.imag())});
+  return list;
+}
+
+/// The forms that exist; one that could not be derived has no coefficients.
+void add_forms(const IirForms &forms, Json &out) {
+  if (forms.cascade.section_count > 0) out["cascade"] = cascade_json(forms.cascade);
+  if (forms.parallel.section_count > 0) out["parallel"] = parallel_json(forms.parallel);
+  const RatioEntry &ratio = forms.ratio;
+  if (ratio.denominator_order + ratio.numerator_order > 0)
+    out["ratio"] = Json{{"gain", coefficient(ratio.gain)},
+                        {"numerator", leading(ratio.numerator, ratio.numerator_order + 1)},
+                        {"denominator", leading(ratio.denominator, ratio.denominator_order + 1)}};
+  const PoleZeroEntry &roots = forms.pole_zero;
+  const auto poles = static_cast<std::size_t>(roots.real_poles + roots.complex_poles);
+  const auto zeros = static_cast<std::size_t>(roots.real_zeros + roots.complex_zeros);
+  if (poles + zeros > 0)
+    out["pole_zero"] = Json{{"gain", coefficient(roots.gain)},
+                            {"poles", root_list({roots.poles.data(), poles})},
+                            {"zeros", root_list({roots.zeros.data(), zeros})}};
+  const LatticeEntry &lattice = forms.lattice;
+  if (lattice.order > 0)
+    out["lattice"] = Json{{"gain", coefficient(lattice.gain)},
+                          {"kappa", leading(lattice.kappa, lattice.order, 1)},
+                          {"gamma", leading(lattice.gamma, lattice.order + lattice.lead + 1)}};
+}
+
+Json iir_json() {
+  const DesignState &chosen = design_record.selections;
+  Json out{{"order", design_record.z.cascade.order},
+           {"prototype", analog_prototypes[static_cast<std::size_t>(chosen.analog_type)].option},
+           {"mapping", z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)].option},
+           {"realization", realization_forms[static_cast<std::size_t>(design_record.realization)].option},
+           {"analog",
+            {{"passband_edge", coefficient(design_record.wp)},
+             {"normalized", cascade_json(design_record.s_normalized.cascade)},
+             {"unnormalized", cascade_json(design_record.s_unnormalized.cascade)}}}};
+  add_forms(design_record.z_quantized, out);
+  return out;
+}
+
+/// Scaling and noise, of the forms that have them.
+Json iir_quantization_json() {
+  const QuantizationResult &noise = design_record.noise;
+  const bool cascade = design_record.realization == code(RealizationForm::cascade);
+  const bool parallel = design_record.realization == code(RealizationForm::parallel);
+  Json out = Json::object();
+  if (!cascade && !parallel) return out;
+  const SectionEntry &sections = cascade ? design_record.z_quantized.cascade : design_record.z_quantized.parallel;
+  if (cascade)
+    out["structure"] = section_structures[static_cast<std::size_t>(design_record.quantization.rtype1)].option;
+  out["input_noise_power"] = noise.input_noise_power;
+  out["output_noise_power"] = noise.output_noise_power;
+  out["output_noise_power_db"] = noise.output_noise_db;
+  out["standard_deviation"] = noise.standard_deviation;
+  out["noise_floor_bits"] = noise.noise_floor_bits;
+  out["noise_floor_db"] = noise.noise_floor_db;
+  out["section_noise_gains"] = response(noise.section_noise_gain, sections.section_count);
+  out["section_shifts"] = std::vector<int>(sections.shift.begin(), sections.shift.begin() + sections.section_count);
+  if (noise.node_count == 0) return out;
+  out["node_peaks"] = response(noise.node_peak, noise.node_count);
+  Json &frequencies = out["node_peak_frequencies"];
+  for (int i = 0; i < noise.node_count; i++)
+    frequencies.push_back(in_user_unit(noise.node_peak_frequency[i], design_record.selections.unit_factor));
+  out["scaled_node_peaks"] = response(noise.scaled_node_peak, noise.node_count);
+  return out;
+}
+
+Json quantization_json() {
+  const QuantizationSettings &settings = design_record.quantization;
+  Json out{{"type", settings.qtype ? "fixed" : "floating"}, {"bits", settings.ibit}};
+  if (!is_fir_result()) out.update(iir_quantization_json());
   return out;
 }
 
@@ -100,7 +202,8 @@ std::string design_json() {
            {"method", design_methods[static_cast<std::size_t>(chosen.DesignOrAnalysisType)].option},
            {"unit", unit_row(chosen.FrequencyMode).option},
            {"sampling_frequency", in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor)}};
-  out["fir"] = fir_json();
+  out[is_fir_result() ? "fir" : "iir"] = is_fir_result() ? fir_json() : iir_json();
+  if (design_record.quantization.quant) out["quantization"] = quantization_json();
   out["responses"] = responses_json();
   if (!design_notes.empty()) out["notes"] = design_notes;
   return text_of(out);

@@ -2,6 +2,7 @@
 
 #include "batch/attained.h"
 #include "batch/units.h"
+#include "engine/analysis/form_conversions.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/design_state.h"
 #include "engine/files/text_file.h"
@@ -19,24 +20,29 @@ std::string decibels(double value, int digits) {
   return text.find_first_of("123456789") == text.npos ? formatf("%.*f dB", digits, 0.0) : text;
 }
 
-std::string figure(const Requirement &wanted, double value) {
-  switch (wanted.measure) {
+const char *unit_of(Measure measure) {
+  switch (measure) {
   case Measure::ripple_db:
-    return decibels(value, 4);
   case Measure::attenuation_db:
   case Measure::peak_db:
-    return decibels(value, 2);
+    return " dB";
+  case Measure::percent_error:
+    return " %";
   case Measure::error:
   case Measure::relative_error:
     break;
   }
-  return formatf("%.3g", value);
+  return "";
+}
+
+std::string figure(Measure measure, double value) {
+  if (measure == Measure::ripple_db) return decibels(value, 4);
+  if (measure == Measure::attenuation_db || measure == Measure::peak_db) return decibels(value, 2);
+  return formatf("%.3g%s", value, unit_of(measure));
 }
 
 std::string asked(const Requirement &wanted) {
-  if (wanted.asked == 0) return "";
-  const bool db = wanted.measure != Measure::error && wanted.measure != Measure::relative_error;
-  return formatf(db ? "%g dB" : "%g", wanted.asked);
+  return wanted.asked == 0 ? "" : formatf("%g%s", wanted.asked, unit_of(wanted.measure));
 }
 
 /// "0 to 1000 Hz" and so on, in the user's unit.
@@ -76,23 +82,65 @@ std::string table(const std::vector<Column> &columns) {
   return out;
 }
 
+template <class Row> std::string name_of(const Row &row) {
+  return std::string(row.name);
+}
+
+std::string sampling_words() {
+  const DesignState &chosen = design_record.selections;
+  return formatf("sampling frequency %.10g %s",
+                 in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor),
+                 chosen.FrequencyMode ? "rad/s" : "Hz");
+}
+
 std::string fir_heading() {
   const DesignState &chosen = design_record.selections;
-  std::string out(filter_types[static_cast<std::size_t>(chosen.filter_type)].dialog_name);
-  appendf(out, ", %s", std::string(design_methods[static_cast<std::size_t>(chosen.DesignOrAnalysisType)].name).c_str());
-  if (chosen.DesignOrAnalysisType == code(DesignMethod::window))
-    appendf(out, ", %s window",
-            std::string(windows[static_cast<std::size_t>(design_record.spec.window_type)].name).c_str());
   const FirEntry &fir = design_record.fir;
-  appendf(out, "\n%d taps, %s, sampling frequency %.10g %s\n", fir.length,
-          std::string(fir_symmetries[static_cast<std::size_t>(fir.fir_type)]).c_str(),
-          in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor),
-          chosen.FrequencyMode ? "rad/s" : "Hz");
-  return out;
+  std::string out = ", " + name_of(design_methods[static_cast<std::size_t>(chosen.DesignOrAnalysisType)]);
+  if (chosen.DesignOrAnalysisType == code(DesignMethod::window))
+    out += ", " + name_of(windows[static_cast<std::size_t>(design_record.spec.window_type)]) + " window";
+  return out + formatf("\n%d taps, %s, ", fir.length,
+                       std::string(fir_symmetries[static_cast<std::size_t>(fir.fir_type)]).c_str());
+}
+
+std::string iir_heading() {
+  const DesignState &chosen = design_record.selections;
+  std::string out = ", " + name_of(analog_prototypes[static_cast<std::size_t>(chosen.analog_type)]) + ", " +
+                    name_of(z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)]);
+  const auto report_code = realization_forms[static_cast<std::size_t>(design_record.realization)].report_code;
+  return out + formatf("\nOrder %d, %s, ", design_record.z.cascade.order,
+                       std::string(realization_names[static_cast<std::size_t>(report_code)]).c_str());
+}
+
+std::string heading() {
+  return std::string(filter_types[static_cast<std::size_t>(design_record.selections.filter_type)].dialog_name) +
+         (is_fir_result() ? fir_heading() : iir_heading()) + sampling_words() + "\n";
 }
 
 Sampler sampler_of(const FirEntry &entry) {
   return fir_sampler({entry.coeff.data(), static_cast<std::size_t>(entry.length)}, entry.gain);
+}
+
+/// The form that was realized.
+Sampler sampler_of(const IirForms &forms) {
+  return iir_sampler([&forms](std::span<const std::complex<double>> z) {
+    switch (RealizationForm{design_record.realization}) {
+    case RealizationForm::parallel:
+      return parallel_values(forms.parallel, z);
+    case RealizationForm::ratio:
+      return ratio_values(Domain::z, forms.ratio, z);
+    case RealizationForm::lattice:
+      return lattice_values(forms.lattice, z);
+    case RealizationForm::ladder_1:
+      return ladder_values(forms.ladder_1, z);
+    case RealizationForm::ladder_2:
+      return ladder_values(forms.ladder_2, z);
+    case RealizationForm::cascade:
+    case RealizationForm::nonlinear:
+      break;
+    }
+    return cascade_values(forms.cascade, z);
+  });
 }
 
 std::string attained_table() {
@@ -102,17 +150,19 @@ std::string attained_table() {
                         chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages);
   const std::vector<Requirement> wanted = requirements(design_record.spec, compensation.value_or(Compensation{}));
   if (wanted.empty()) return "";
-  const std::vector<double> exact = attained(wanted, sampler_of(design_record.fir_unquantized));
-  const bool quantized = design_record.quantization.quant != 0;
-  const std::vector<double> rounded = quantized ? attained(wanted, sampler_of(design_record.fir)) : exact;
+  const bool fir = is_fir_result(), quantized = design_record.quantization.quant != 0;
+  const std::vector<double> exact =
+      attained(wanted, fir ? sampler_of(design_record.fir_unquantized) : sampler_of(design_record.z));
+  const std::vector<double> rounded =
+      quantized ? attained(wanted, fir ? sampler_of(design_record.fir) : sampler_of(design_record.z_quantized)) : exact;
   std::vector<Column> columns{{""}, {"asked"}, {"attained"}};
   if (quantized) columns.push_back({"quantized"});
   columns.push_back({""});
   for (std::size_t i = 0; i < wanted.size(); i++) {
     columns[0].push_back(wanted[i].name + (wanted[i].bands.empty() ? "" : ", " + shown_bands(wanted[i])));
     columns[1].push_back(asked(wanted[i]));
-    columns[2].push_back(figure(wanted[i], exact[i]));
-    if (quantized) columns[3].push_back(figure(wanted[i], rounded[i]));
+    columns[2].push_back(figure(wanted[i].measure, exact[i]));
+    if (quantized) columns[3].push_back(figure(wanted[i].measure, rounded[i]));
     columns.back().push_back(missed(wanted[i], rounded[i]) ? "missed" : "");
   }
   return table(columns);
@@ -121,7 +171,7 @@ std::string attained_table() {
 } // namespace
 
 std::string design_summary() {
-  std::string out = fir_heading() + attained_table();
+  std::string out = heading() + attained_table();
   for (const std::string &note : design_notes) out += "Note: " + note + "\n";
   return out;
 }

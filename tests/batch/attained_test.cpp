@@ -103,15 +103,15 @@ TEST(Attained, AConstantFactorChangesErrorsButNotRatios) {
   EXPECT_NEAR(plain[2] + db(0.5), scaled[2], 1e-9);
 
   FilterSpec hilbert = specification(FilterType::hilbert, {0.5, 1}, {});
-  EXPECT_NEAR(measure(hilbert, {0.5, 0, -0.5})[0], 1 - std::sin(0.5), 1e-9); // gain sin(w)
-  EXPECT_NEAR(measure(hilbert, {0.5, 0, -0.5}, 2)[0], 2 * std::sin(1) - 1, 1e-9);
+  EXPECT_NEAR(measure(hilbert, {0.5, 0, -0.5})[0], 100 - 100 * std::sin(0.5), 1e-9); // gain sin(w), in percent
+  EXPECT_NEAR(measure(hilbert, {0.5, 0, -0.5}, 2)[0], 200 * std::sin(1) - 100, 1e-9);
 }
 
 TEST(Attained, ErrorsAreTakenFromTheDesiredGain) {
   // The gain of (1, 0, -1) / 2 is sin(w): a differentiator of slope 1 whose error grows with w.
   FilterSpec differentiator = specification(FilterType::differentiator, {0, 0.3}, {});
   differentiator.slope = 1;
-  EXPECT_NEAR(measure(differentiator, {0.5, 0, -0.5})[0], 1 - std::sin(0.3) / 0.3, 1e-9);
+  EXPECT_NEAR(measure(differentiator, {0.5, 0, -0.5})[0], 100 - 100 * std::sin(0.3) / 0.3, 1e-9);
 
   // sinc compensation asks for (w/2) / sin(w/2).
   const FilterSpec lowpass = specification(FilterType::low_pass, {1, 0}, {2, 0});

@@ -1,0 +1,199 @@
+#include "tests/batch/run_brisel.h"
+
+#include <cmath>
+#include <complex>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <numbers>
+
+namespace brisel {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Complex = std::complex<double>;
+
+class Methods : public testing::Test {
+protected:
+  Methods() {
+    for (const char *name : {"lowpass", "bandpass", "hilbert"})
+      shop.write(std::string(name) + ".spc", example(std::string(name) + ".spc"));
+  }
+  Json design(const std::string &arguments) {
+    const Outcome outcome = shop.run("design " + arguments + " --json -");
+    EXPECT_EQ(outcome.status, 0) << arguments << "\n" << outcome.err;
+    return outcome.status == 0 ? Json::parse(outcome.out) : Json();
+  }
+  Workshop shop;
+};
+
+TEST_F(Methods, EveryFirMethodDesignsAndQuantizes) {
+  for (const std::string method : {"window", "equiripple", "linear-programming"}) {
+    for (const std::string scaling : {"none", "half", "one"}) {
+      const Json result = design("lowpass.spc --method " + method +
+                                 " --length 41 --quantize fixed --bits 12 --scaling " + scaling + " --flt f.flt");
+      EXPECT_EQ(result["method"], method);
+      EXPECT_EQ(result["fir"].contains("window"), method == "window");
+      EXPECT_EQ(result["quantization"], Json::parse(R"({"type": "fixed", "bits": 12})"));
+      const double gain = result["fir"]["gain"];
+      double largest = 0;
+      for (std::size_t k = 0; k < 41; k++) {
+        const double tap = result["fir"]["coefficients"][k];
+        largest = std::max(largest, std::abs(tap));
+        EXPECT_EQ(std::remainder(tap, 0x1p-11), 0) << "a multiple of the quantum";
+        // Negative taps are cut towards zero after half a quantum was added: one and a half quanta at most.
+        EXPECT_NEAR(tap * gain, result["fir"]["unquantized"][k], 1.5 * 0x1p-11 * gain) << method << scaling << k;
+      }
+      EXPECT_GE(largest, scaling == "one" ? 1 - 0x1p-10 : scaling == "half" ? 0.5 - 0x1p-11 : 0) << method;
+      EXPECT_EQ(shop.read("f.flt").find("FILTER COEFFICIENT FILE\n"), 0u);
+    }
+  }
+  // Floating point: 8 bits of mantissa leave every tap within 2^-7 of itself.
+  const Json floating = design("lowpass.spc --method equiripple --length 41 --quantize floating --bits 8");
+  for (std::size_t k = 0; k < 41; k++) {
+    const double exact = floating["fir"]["unquantized"][k];
+    EXPECT_NEAR(floating["fir"]["coefficients"][k], exact, 0x1p-7 * std::abs(exact));
+  }
+  EXPECT_EQ(design("lowpass.spc --method equiripple --length 40 --symmetry antisymmetric")["fir"]["symmetry"],
+            "antisymmetric");
+}
+
+TEST_F(Methods, TheSummaryShowsTheQuantizedFilterBesideTheExactOne) {
+  const Outcome outcome = shop.run("design lowpass.spc --method window --quantize fixed --bits 6");
+  EXPECT_NE(outcome.out.find("attained  quantized"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("missed"), std::string::npos) << "six bits do not hold 60 dB\n" << outcome.out;
+}
+
+TEST_F(Methods, LeastSquaresHasNothingToKeep) {
+  const auto before = shop.files();
+  const Outcome outcome = shop.run("design lowpass.spc --method least-squares --json x.json");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.is_one_line()) << outcome.err;
+  EXPECT_NE(outcome.err.find("previous design"), std::string::npos) << outcome.err;
+  EXPECT_EQ(differing(shop.files(), before), Names{});
+}
+
+TEST_F(Methods, OptionsWithoutMeaningAreRefused) {
+  struct Row {
+    const char *arguments;
+    const char *says;
+  };
+  for (const Row &row : {
+           Row{"lowpass.spc --method window --symmetry symmetric", "--symmetry: has no meaning for method window"},
+           Row{"lowpass.spc --method equiripple --window kaiser", "--window: has no meaning for method equiripple"},
+           Row{"lowpass.spc --method equiripple --order 5", "--order: has no meaning"},
+           Row{"lowpass.spc --length 5", "--length: has no meaning for method iir"},
+           Row{"lowpass.spc --compensation sinc", "--compensation: has no meaning for method iir"},
+           Row{"lowpass.spc --scaling half", "--scaling: has no meaning for method iir"},
+           Row{"lowpass.spc --method window --bits 12", "--bits: needs --quantize"},
+           Row{"lowpass.spc --method window --quantize floating --scaling one", "--scaling: needs --quantize fixed"},
+           Row{"lowpass.spc --method window --quantize fixed --bits 33",
+               "--bits: 33 is outside 2 to 32 for fixed point"},
+           Row{"lowpass.spc --method window --quantize floating --bits 53", "--bits: 53 is outside 2 to 52"},
+           Row{"lowpass.spc --impulse-path z-first", "--impulse-path: needs --mapping impulse-invariant"},
+           Row{"lowpass.spc --realization parallel --structure canonic", "--structure: needs --realization cascade"},
+           Row{"lowpass.spc --order 201", "--order: 201 is outside 1 to 200"},
+           Row{"bandpass.spc --order 7", "--order: 7 is odd"},
+           Row{"hilbert.spc --method iir",
+               "--method: a filter of type HILBERT TRANSFORMER cannot have method iir, only "
+               "window, equiripple, linear-programming, least-squares"},
+       }) {
+    const Outcome outcome = shop.run(std::string("design ") + row.arguments);
+    EXPECT_EQ(outcome.status, 2) << row.arguments;
+    EXPECT_TRUE(outcome.is_one_line()) << outcome.err;
+    EXPECT_NE(outcome.err.find(row.says), std::string::npos) << row.arguments << "\n" << outcome.err;
+  }
+}
+
+Complex polynomial(const Json &coefficients, Complex x) {
+  Complex sum = 0, power = 1;
+  for (const double c : coefficients) {
+    sum += c * power;
+    power *= x;
+  }
+  return sum;
+}
+
+/// The value of a form at z, by the conventions that docs/command-line.md states.
+Complex value(const Json &iir, const std::string &form, Complex z) {
+  const Complex delay = 1.0 / z;
+  const Json &f = iir[form];
+  if (form == "cascade" || form == "parallel") {
+    const bool sum = form == "parallel";
+    Complex result = sum ? f["direct"].get<double>() : f["gain"].get<double>();
+    for (const Json &section : f["sections"]) {
+      const Complex term = polynomial(section["numerator"], delay) / polynomial(section["denominator"], delay);
+      result = sum ? result + term : result * term;
+    }
+    return sum ? result * f["scale"].get<double>() : result;
+  }
+  const double gain = f["gain"];
+  if (form == "ratio") return gain * polynomial(f["numerator"], delay) / polynomial(f["denominator"], delay);
+  if (form == "pole_zero") {
+    Complex result = gain;
+    for (const Json &zero : f["zeros"]) result *= z - Complex(zero[0], zero[1]);
+    for (const Json &pole : f["poles"]) result /= z - Complex(pole[0], pole[1]);
+    return result;
+  }
+  // Lattice: forward A_m and backward B_m = z^-m A_m(1/z) polynomials, evaluated side by side.
+  Complex forward = 1, backward = 1;
+  Complex sum = f["gamma"][0].get<double>();
+  for (std::size_t m = 0; m < f["kappa"].size(); m++) {
+    const double k = f["kappa"][m];
+    const Complex next = forward + k * delay * backward;
+    backward = k * forward + delay * backward;
+    forward = next;
+    sum += f["gamma"][m + 1].get<double>() * backward;
+  }
+  return gain * sum / forward;
+}
+
+TEST_F(Methods, EveryFormInTheObjectIsTheSameFilter) {
+  for (const std::string arguments :
+       {"lowpass.spc", "lowpass.spc --prototype butterworth --order 6", "lowpass.spc --realization parallel",
+        "lowpass.spc --realization lattice --quantize fixed --bits 14",
+        "bandpass.spc --prototype tschebyscheff --order 8",
+        "bandpass.spc --mapping matched-z --order 4 --prototype butterworth"}) {
+    const Json result = design(arguments + " --frequency-points 41");
+    const Json &iir = result["iir"];
+    const double sampling = result["sampling_frequency"];
+    for (std::size_t i = 0; i < 41; i++) {
+      const double w = 2 * std::numbers::pi * result["responses"]["frequency"][i].get<double>() / sampling;
+      const Complex z = std::polar(1.0, w);
+      const double magnitude = result["responses"]["magnitude"][i];
+      for (const char *form : {"cascade", "parallel", "ratio", "pole_zero", "lattice"})
+        EXPECT_NEAR(std::abs(value(iir, form, z)), magnitude, 1e-8) << arguments << ", " << form << ", point " << i;
+    }
+  }
+}
+
+TEST_F(Methods, IirOptionsReachTheDesign) {
+  const Json plain = design("lowpass.spc");
+  EXPECT_EQ(plain["method"], "iir");
+  EXPECT_EQ(plain["iir"]["prototype"], "elliptic");
+  EXPECT_EQ(plain["iir"]["mapping"], "bilinear");
+  EXPECT_EQ(plain["iir"]["realization"], "cascade");
+  EXPECT_FALSE(plain.contains("quantization"));
+  EXPECT_EQ(plain["responses"]["impulse"].size(), 200u);
+  EXPECT_EQ(design("lowpass.spc --time-points 77")["responses"]["impulse"].size(), 77u);
+
+  // The estimate is the order of the design.
+  const Json estimates = Json::parse(shop.run("estimate lowpass.spc --json -").out);
+  for (const auto &[prototype, order] : estimates["orders"].items()) {
+    const Json designed = design("lowpass.spc --prototype " + prototype);
+    EXPECT_EQ(designed["iir"]["order"], order) << prototype;
+    EXPECT_EQ(designed["iir"]["prototype"], prototype);
+  }
+  EXPECT_EQ(design("lowpass.spc --mapping impulse-invariant --impulse-path z-first --order 4")["iir"]["mapping"],
+            "impulse-invariant");
+
+  const Json quantized = design("lowpass.spc --quantize fixed --bits 14 --structure canonic");
+  const std::size_t sections = quantized["iir"]["cascade"]["sections"].size();
+  EXPECT_EQ(quantized["quantization"]["structure"], "canonic");
+  for (const char *key : {"section_noise_gains", "section_shifts"})
+    EXPECT_EQ(quantized["quantization"][key].size(), sections) << key;
+  for (const char *key : {"node_peaks", "node_peak_frequencies", "scaled_node_peaks"})
+    EXPECT_EQ(quantized["quantization"][key].size(), sections + 1) << key;
+}
+
+} // namespace
+} // namespace brisel
