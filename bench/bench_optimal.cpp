@@ -1,0 +1,63 @@
+// bench_optimal.cpp - cost of equiripple and linear-programming designs against taps, proof of the optimum included.
+#include "engine/core/trace.h"
+#include "engine/fir/equiripple_design.h"
+#include "engine/fir/linear_program.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+
+namespace brisel {
+namespace {
+
+// A lowpass whose transition narrows as the length grows, so that the ripple stays what it is.
+BandPlan lowpass(int taps) {
+  FilterSpec spec{};
+  spec.length = taps;
+  spec.sampling_frequency = two_pi;
+  spec.passband_ripple = 0.1;
+  spec.stopband_ripple = 60;
+  const double width = two_pi * 3 / taps;
+  spec.passband_edge[0] = 0.5 * std::numbers::pi - width / 2;
+  spec.stopband_edge[0] = 0.5 * std::numbers::pi + width / 2;
+  BandPlan plan;
+  PlanRefusal refusal;
+  if (!plan_bands(spec, {}, plan, refusal)) std::abort();
+  return plan;
+}
+
+void equiripple(benchmark::State &state) {
+  const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
+  std::vector<double> half;
+  OptimalReport report;
+  for (auto _ : state) {
+    if (remez_attempt(plan, 16, nullptr, half, report) != RemezStatus::done) state.SkipWithError("no optimum");
+    benchmark::DoNotOptimize(half.data());
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(equiripple)->Arg(51)->Arg(201)->Arg(501)->Arg(1001)->Arg(2001)->Unit(benchmark::kMillisecond)->Complexity();
+
+void linear_program(benchmark::State &state) {
+  const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    Tableau tableau = make_tableau(plan, linear_program_samples(plan));
+    if (find_start_basis(tableau, nullptr) != StartBasis::found ||
+        simplex_solve(tableau, nullptr) != SimplexOutcome::optimal)
+      state.SkipWithError("no optimum");
+    benchmark::DoNotOptimize(optimal_taps(tableau, plan).data());
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(linear_program)->Arg(21)->Arg(51)->Arg(101)->Arg(201)->Unit(benchmark::kMillisecond)->Complexity();
+
+} // namespace
+} // namespace brisel
+
+int main(int argc, char **argv) {
+  const brisel::SystemFile nowhere{brisel::SystemFile::Kind::null_device, ""};
+  brisel::choose_system_files({nowhere, nowhere});
+  brisel::reopen_system_files();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+}
