@@ -83,6 +83,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     if (const double digits = digits_kept(x, reference, pole_zero_values(other, x)); digits > found.pole_zero) {
       forms.pole_zero = other;
       found.pole_zero = digits;
+      rooted = true;
     }
   }
   found.dropped_delay = 0;

@@ -192,8 +192,8 @@ bool digitize_analog(ZTransform method, AcceptPoles accepted) {
   if (!(by_sum ? map_parallel(r) : map_cascade(r, method))) return false;
 
   FormReport found{};
-  if (!derive_forms(Domain::z, by_sum ? RealizationForm::parallel : RealizationForm::cascade, r.z, found))
-    return refuse(Message::result_not_finite);
+  const RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
+  if (!derive_forms(Domain::z, source, r.z, found) || found.cascade < 0) return refuse(Message::result_not_finite);
   if (accepted == AcceptPoles::inside_only && !holds_in_double(r.z.cascade))
     return refuse(Message::poles_on_unit_circle);
   note_forms(found);
