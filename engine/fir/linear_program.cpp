@@ -12,8 +12,10 @@ constexpr int least_samples = 200;
 constexpr int least_samples_per_band = 5;
 constexpr int most_pivots = 1000;
 constexpr double usable_pair = 1e-5;
-// Entries are of the order of 1; what is left of a zero after a thousand pivots stays below these.
-constexpr double usable_pivot = 1e-11;
+// The start pivots of a long filter become very small before the rows are truly dependent; whether the digits sufficed
+// is judged by the taps in the end.
+constexpr double usable_pivot = 1e-15;
+// Entries are of the order of 1: one so small is what is left of a zero after many pivots.
 constexpr double rounding = 1e-11;
 constexpr int pivots_between_reports = 16;
 

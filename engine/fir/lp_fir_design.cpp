@@ -12,10 +12,8 @@
 namespace brisel {
 
 constexpr int longest_program_estimate = 1000;
-// The taps must keep the deviation that the tableau reports, to this part of it and, for deviations near the rounding
-// of a tableau, to this part of the largest weighted desired value.
-constexpr double agreed_digits = 1e-6;
-constexpr double tableau_rounding = 1e-9;
+// The taps must keep the deviation that the tableau reports to this part of it, or they are not the optimum.
+constexpr double agreement = 0.01;
 
 static void post_outcome(SimplexOutcome outcome) {
   switch (outcome) {
@@ -58,8 +56,7 @@ void lp_fir_design() {
   const double deviation = optimal_deviation(tableau);
   const std::vector<double> half = optimal_taps(tableau, *plan);
   const OptimalReport report = check_optimality(*plan, samples, half);
-  const double tolerance = agreed_digits * deviation + tableau_rounding * report.largest_weighted_desired;
-  if (!(std::abs(report.peak_error - deviation) <= tolerance)) {
+  if (!(std::abs(report.peak_error - deviation) <= agreement * deviation)) {
     trace(" simplex: %s\n", "solution may be not feasible");
     return post_message(Message::linear_program_inaccurate,
                         formatf("the tableau says %.6g, the taps deviate %.6g", deviation, report.peak_error));

@@ -120,9 +120,6 @@ OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std
   report.extrema = count_extrema(error, report.peak_error);
   report.dense_peak_error = dense_peak(plan, grid, half, error, report);
   report.largest_desired = largest_magnitude(grid.desired);
-  for (std::size_t i = 0; i < grid.size(); i++)
-    report.largest_weighted_desired =
-        std::max(report.largest_weighted_desired, std::abs(grid.desired[i] * grid.weight[i]));
   find_transition_gain(plan, half, report);
   return report;
 }

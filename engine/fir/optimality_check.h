@@ -23,9 +23,8 @@ struct OptimalReport {
   double peak_error = 0;       // weighted, on the design grid
   double dense_peak_error = 0; // weighted, on a grid eight times denser
   double transition_gain = 0;  // largest magnitude outside all bands; 0 without such frequencies
-  double transition_frequency = 0;     // where, cycles per sample
-  double largest_desired = 0;          // magnitude in any band
-  double largest_weighted_desired = 0; // the same times its weight
+  double transition_frequency = 0; // where, cycles per sample
+  double largest_desired = 0;      // magnitude in any band
 
   bool optimal() const { return extrema >= required; }
 };
