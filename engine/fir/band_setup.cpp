@@ -121,7 +121,7 @@ static void add_bands(const FilterSpec &spec, BandPlan &plan, Planner &planner) 
   case FilterType::raised_cosine:
   case FilterType::root_raised_cosine:
     plan.curve_edges = {pass[0], stop[0]};
-    if (pass[0] > 0) planner.add({.lower = 0, .upper = pass[0], .value = 1}, d.passband);
+    if (pass[0] > least_width) planner.add({.lower = 0, .upper = pass[0], .value = 1}, d.passband);
     planner.add({.lower = pass[0],
                  .upper = stop[0],
                  .value = 1,
@@ -129,7 +129,8 @@ static void add_bands(const FilterSpec &spec, BandPlan &plan, Planner &planner) 
                               ? BandShape::raised_cosine
                               : BandShape::root_raised_cosine},
                 d.passband);
-    planner.add({.lower = stop[0], .upper = pi, .side = StopSide::above_passband}, d.stopband);
+    if (stop[0] < pi - least_width)
+      planner.add({.lower = stop[0], .upper = pi, .side = StopSide::above_passband}, d.stopband);
     break;
   case FilterType::arbitrary_group_delay: // has no linear phase
     break;

@@ -85,8 +85,11 @@ int optimal_length(const FilterSpec &spec, FirSymmetry symmetry, double entered_
     // An antisymmetric amplitude crosses zero from the desired value to its negative: twice the gap wide, with half the
     // relative deviation.
     const double deviation = spec.passband_ripple / 100 / 2;
-    passes_half = spec.passband_edge[1] > pi * (1 - 1e-9);
-    length = herrmann_length(deviation, deviation, 2 * width);
+    const double upper_gap = (pi - spec.passband_edge[1]) / two_pi;
+    passes_half = upper_gap < 1e-9;
+    // A differentiator has no transition at its lower edge: what it wants goes through zero there.
+    const bool one_sided = type == FilterType::differentiator && !passes_half && entered_width <= 0;
+    length = herrmann_length(deviation, deviation, 2 * (one_sided ? upper_gap : width));
     break;
   }
   case FilterType::multiband:

@@ -128,11 +128,11 @@ void note_optimal_report(const BandPlan &plan, const OptimalReport &report) {
       note += " That is more than in any band: another length or a narrower transition avoids it.";
     design_notes.push_back(note);
   }
-  if (plan.allowed_deviation > 0 && report.peak_error > 1.001 * plan.allowed_deviation)
+  if (plan.allowed_deviation > 0 && report.dense_peak_error > 1.001 * plan.allowed_deviation)
     design_notes.push_back(
         formatf("The filter deviates %.4g times as much as the specification allows: more taps bring "
                 "it closer.",
-                report.peak_error / plan.allowed_deviation));
+                report.dense_peak_error / plan.allowed_deviation));
 }
 
 } // namespace brisel

@@ -41,10 +41,10 @@ DesignGrid remez_grid(const BandPlan &plan, int density) {
   for (int b = 0; b < plan.band_count; b++) {
     double lower = plan.bands[b].lower / two_pi;
     double upper = plan.bands[b].upper / two_pi;
-    // The case transformation divides by Q: a band that reaches a zero of it is shortened by one spacing.
-    if (!plan.symmetric()) lower = std::max(lower, delf);
-    if (zero_at_half) upper = std::min(upper, 0.5 - delf);
-    if (upper < lower) continue;
+    // The case transformation divides by Q: a band that reaches a zero of it is shortened by one spacing, though never
+    // to nothing.
+    if (!plan.symmetric()) lower = std::min(std::max(lower, delf), upper);
+    if (zero_at_half) upper = std::max(std::min(upper, 0.5 - delf), lower);
     const double below_upper = upper - 1e-9 * delf; // a point on the upper edge but for rounding is not below it
     double f = lower;
     for (long j = 1; f < below_upper; j++) {

@@ -180,6 +180,7 @@ const std::vector<Job> &every_type() {
       {"halfband whose outermost taps are zero", edge_spec(half_band, 49, {0.22, 0})},
       {"raised cosine", cosine_spec(raised_cosine, 45, 0.25, 0.4)},
       {"raised cosine of full rolloff", cosine_spec(raised_cosine, 45, 0.25, 1)},
+      {"raised cosine without a stopband", cosine_spec(raised_cosine, 45, 0.625, 0.6)},
       {"raised cosine, rolloff", cosine_spec(raised_cosine, 44, 0.25, 0.4), symmetric, 6},
       {"root raised cosine", cosine_spec(root_raised_cosine, 61, 0.25, 0.4)},
   };

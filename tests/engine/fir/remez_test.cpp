@@ -183,6 +183,7 @@ TEST_F(Remez, GridOfABand) {
        0,
        0.5,
        {d, 2 * d, 3 * d, 4 * d, 0.5 - d}},
+      {"a band within one spacing of a zero keeps a point", FirSymmetry::antisymmetric, 12, 0, 0.02, {0.02}},
       {"an even antisymmetric length is zero at 0",
        FirSymmetry::antisymmetric,
        12,
