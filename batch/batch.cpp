@@ -26,10 +26,13 @@ void say(const std::string &text) {
 /// A batch run keeps to start values and leaves nothing behind but what was asked for.
 class EngineSession {
 public:
-  explicit EngineSession(FrontEnd &of_job) {
+  EngineSession(const Job &job, FrontEnd &of_job) {
     front_end = &of_job;
-    const SystemFile nowhere{SystemFile::Kind::null_device, {}};
-    program_start({.read_setup = false, .files = {nowhere, nowhere}});
+    const auto place = [](const std::string &output) {
+      return SystemFile{output.empty() ? SystemFile::Kind::null_device : SystemFile::Kind::memory, {}};
+    };
+    program_start({.read_setup = false, .files = {place(job.trace), place(job.report)}});
+    if (!job.trace.empty()) trace_on = static_cast<std::uint8_t>(1 + job.trace_level.value_or(0));
   }
   ~EngineSession() { program_exit(ExitMode::discard); }
   EngineSession(const EngineSession &) = delete;
@@ -44,8 +47,9 @@ ExitStatus run(int argc, char **argv) {
     return *done;
   }
   BatchFrontEnd front_end(job);
-  const EngineSession session(front_end);
+  const EngineSession session(job, front_end);
   if (job.has(Command::design)) run_design(job, front_end);
+  if (job.has(Command::analyze)) run_analyze(job, front_end);
   if (job.has(Command::estimate)) run_estimate(job, front_end);
   return exit_done;
 }

@@ -62,9 +62,16 @@ Names prototypes() {
   return options_of(analog_prototypes);
 }
 Names mappings() {
-  Names names = options_of(z_transforms);
-  names.pop_back(); // the s domain alone is for analysis
-  return names;
+  return options_of(z_transforms);
+}
+Names coefficient_spaces() {
+  return {"x-data", "program"};
+}
+Names plot_scripts() {
+  return {"", "matlab", "octave"};
+}
+Names trace_levels() {
+  return {"low", "high"};
 }
 Names impulse_paths() {
   return {"s-first", "z-first"};
@@ -98,9 +105,11 @@ constexpr unsigned with_window = method_bit(DesignMethod::window);
 constexpr unsigned with_optimal = method_bit(DesignMethod::equiripple) | method_bit(DesignMethod::linear_programming);
 constexpr unsigned with_fir = with_window | with_optimal | method_bit(DesignMethod::least_squares);
 constexpr unsigned with_iir = method_bit(DesignMethod::iir);
+constexpr unsigned with_digital = method_bit(DesignMethod::z_analysis),
+                   with_analog = method_bit(DesignMethod::s_analysis);
 constexpr unsigned with_any = ~0u;
 
-enum class Group { design, quantization, response, output };
+enum class Group { design, quantization, response, output, code };
 
 struct OptionRow {
   const char *name;
@@ -111,6 +120,10 @@ struct OptionRow {
   unsigned methods;
   const char *help;
 
+  bool place_is(bool Job::*place) const {
+    const auto *flag = std::get_if<Switch>(&value);
+    return flag && flag->place == place;
+  }
   bool place_is(std::optional<int> Job::*place) const {
     const auto *number = std::get_if<Number>(&value);
     const auto *choice = std::get_if<Choice>(&value);
@@ -141,20 +154,22 @@ const std::vector<OptionRow> &option_rows() {
        "analog prototype of IIR filters; default: elliptic"},
       {"--order", "N", Number{&Job::order, 1, max_order}, Group::design, for_design, with_iir,
        "order of IIR filters, even for bandpass and bandstop; default: the prototype's estimate"},
-      {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_design, with_iir,
-       "from the s plane to the z plane; default: bilinear"},
+      {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_results, with_iir | with_analog,
+       "from the s plane to the z plane, s-domain (of an entered system) for its analog response only; default: "
+       "bilinear"},
       {"--impulse-path", "PATH", Choice{&Job::impulse_path, impulse_paths}, Group::design, for_design, with_iir,
        "where the impulse-invariant mapping transforms the band: denormalized in s first, or normalized in z first; "
        "default: s-first"},
       {"--realization", "FORM", Choice{&Job::realization, realizations}, Group::design, for_design, with_iir,
        "form in which IIR filters run; default: cascade"},
-      {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_design, with_iir,
-       "arithmetic of cascaded sections; default: transposed"},
+      {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_results,
+       with_iir | with_digital | with_analog, "arithmetic of cascaded sections; default: transposed"},
       {"--quantize", "ARITHMETIC", Choice{&Job::quantize, quantizations}, Group::quantization, for_results, with_any,
        "round the coefficients; default: off"},
       {"--bits", "N", Number{&Job::bits, min_bits, max_bits}, Group::quantization, for_results, with_any,
        "word length, at most 32 for fixed point; mantissa length of floating point; default: 16"},
-      {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_results, with_fir,
+      {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_results,
+       with_fir | with_digital,
        "of fixed-point taps before rounding: none, by a power of two until the largest is at least a half, or until it "
        "is just below one; default: half"},
       {"--frequency-points", "N", Number{&Job::frequency_points, 2, max_frequency_points}, Group::response, for_results,
@@ -165,15 +180,40 @@ const std::vector<OptionRow> &option_rows() {
        "range of the frequency responses in the unit of the file; default: 0 to half the sampling frequency"},
       {"--log-frequency", "", Switch{&Job::log_frequency}, Group::response, for_results, with_any,
        "logarithmic frequency axis"},
+      {"--unity-gain", "", Switch{&Job::unity_gain}, Group::response, for_analyze, with_any,
+       "set the maximum gain of the system to 1; default: it keeps its gain"},
       {"--json", "FILE", OutputPath{&Job::json}, Group::output, for_results | for_estimate, with_any,
        "all results, machine readable; - is standard output"},
+      {"--report", "FILE", OutputPath{&Job::report}, Group::output, for_results, with_any, "design report"},
+      {"--detail", "", Switch{&Job::detail}, Group::output, for_results, with_any,
+       "with the tables of the responses in the report"},
+      {"--trace", "FILE", OutputPath{&Job::trace}, Group::output, for_results, with_any,
+       "trace of the stages; it holds times and addresses"},
+      {"--trace-level", "LEVEL", Choice{&Job::trace_level, trace_levels}, Group::output, for_results, with_any,
+       "how much the trace tells; default: low"},
       {"--spc", "FILE", OutputPath{&Job::spc}, Group::output, for_design, with_any, "specification file"},
       {"--flt", "FILE", OutputPath{&Job::flt}, Group::output, for_results, with_any, "filter coefficient file"},
+      {"--inp", "FILE", OutputPath{&Job::inp}, Group::output, for_results, with_any, "system analysis file"},
       {"--plot-data", "BASE", OutputPath{&Job::plot_data}, Group::output, for_results, with_any,
        "tables of the responses: BASE.gdl .imp .lmn .mag .pha .stp"},
       {"--plots", "DIR", OutputPath{&Job::plots}, Group::output, for_results, with_any,
        "one PNG picture a plot, in a folder that is made if need be"},
       {"--pdf", "FILE", OutputPath{&Job::pdf}, Group::output, for_results, with_any, "the plots as pages of one PDF"},
+      {"--c", "FILE", OutputPath{&Job::c}, Group::code, for_results, with_any, "C source"},
+      {"--dspic30", "BASE", OutputPath{&Job::dspic30}, Group::code, for_results, with_any,
+       "dsPIC30 assembly BASE.s; with the options below also BASE.h and so on"},
+      {"--dspic30-header", "", Switch{&Job::dspic30_header}, Group::code, for_results, with_any,
+       "C header with a calling example"},
+      {"--dspic30-space", "SPACE", Choice{&Job::dspic30_space, coefficient_spaces}, Group::code, for_results, with_any,
+       "where the coefficients lie; default: x-data"},
+      {"--dspic30-sim", "", Switch{&Job::dspic30_simulation}, Group::code, for_results, with_any,
+       "files that simulate the impulse response"},
+      {"--dspic30-script", "LANGUAGE", Choice{&Job::dspic30_script, plot_scripts}, Group::code, for_results, with_any,
+       "script that plots the simulated response"},
+      {"--adsp218x", "FILE", OutputPath{&Job::adsp218x}, Group::code, for_results, with_any,
+       "ADSP-218x assembly include file"},
+      {"--dsp56800", "FILE", OutputPath{&Job::dsp56800}, Group::code, for_results, with_any,
+       "DSP56800 C coefficient file"},
   };
   return rows;
 }
@@ -259,6 +299,8 @@ struct CommandRow {
 constexpr std::array commands{
     CommandRow{Command::design, "design", "FILE.spc", "filter specification file",
                "design the filter that a specification asks for"},
+    CommandRow{Command::analyze, "analyze", "FILE", "system analysis file (.inp) or coefficient file (.flt)",
+               "analyse a system that a file describes"},
     CommandRow{Command::estimate, "estimate", "FILE.spc", "filter specification file",
                "tell the length that each window, or the order that each analog prototype needs"},
 };
@@ -310,7 +352,7 @@ std::string command_help(const CommandRow &command) {
     text += " A short summary goes to standard output, unless that carries the JSON\nobject. Files are written only "
             "when the whole job has succeeded.";
   text += "\n\n" + help_row(command.argument, command.input) + help_row("-h, --help", "this text");
-  constexpr std::array headings{"Design:", "Quantization:", "Responses:", "Outputs:"};
+  constexpr std::array headings{"Design:", "Quantization:", "Responses:", "Outputs:", "Generated code:"};
   for (std::size_t group = 0; group < headings.size(); group++) {
     std::string rows;
     for (const OptionRow &row : option_rows())
@@ -391,13 +433,17 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
 }
 
 void refuse_unused_options(const Job &job, int method) {
+  const auto subject = [](int code_of_method) {
+    if (code_of_method == code(DesignMethod::z_analysis)) return std::string("a digital system");
+    if (code_of_method == code(DesignMethod::s_analysis)) return std::string("an analog system");
+    return "method " + std::string(design_methods[static_cast<std::size_t>(code_of_method)].option);
+  };
   for (const OptionRow &row : option_rows()) {
     if (row.methods >> method & 1 || !given(row, job)) continue;
-    Names usable;
-    for (std::size_t i = 0; i < design_methods.size(); i++)
-      if (row.methods >> i & 1) usable.push_back(design_methods[i].option);
-    refuse(row, formatf("has no meaning for method %s, only for ", std::string(design_methods[method].option).c_str()) +
-                    listed(usable));
+    std::string usable;
+    for (int other = 0; other <= code(DesignMethod::s_analysis); other++)
+      if (other != 5 && row.methods >> other & 1) usable += (usable.empty() ? "" : ", ") + subject(other);
+    refuse(row, "has no meaning for " + subject(method) + ", only for " + usable);
   }
   // Options that another one must switch on.
   const bool comb = job.compensation == static_cast<int>(CompensationCurve::comb) + 1;
@@ -413,6 +459,15 @@ void refuse_unused_options(const Job &job, int method) {
     needs(&Job::impulse_path, job.mapping == code(ZTransform::impulse_invariant), "--mapping impulse-invariant");
     needs(&Job::structure, job.realization.value_or(code(RealizationForm::cascade)) == code(RealizationForm::cascade),
           "--realization cascade");
+    needs(&Job::detail, !job.report.empty(), "--report");
+    needs(&Job::trace_level, !job.trace.empty(), "--trace");
+    needs(&Job::dspic30_header, !job.dspic30.empty(), "--dspic30");
+    needs(&Job::dspic30_space, !job.dspic30.empty(), "--dspic30");
+    needs(&Job::dspic30_simulation, !job.dspic30.empty(), "--dspic30");
+    needs(&Job::dspic30_script, !job.dspic30.empty(), "--dspic30");
+    if (row.place_is(&Job::mapping) && method == code(DesignMethod::iir) &&
+        job.mapping == code(ZTransform::s_domain_only))
+      refuse(row, "s-domain is for the analysis of an entered system");
     needs(&Job::bits, fixed || floating, "--quantize fixed or floating");
     needs(&Job::scaling, fixed, "--quantize fixed");
     if (row.place_is(&Job::bits) && fixed && job.bits.value_or(min_bits) > max_fixed_bits)

@@ -30,6 +30,12 @@ void BatchFrontEnd::post_message(Message number, std::string_view detail) {
   posted.push_back({number, std::string(detail)});
 }
 
+std::string one_line(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  while (!text.empty() && text.back() == ' ') text.pop_back();
+  return text;
+}
+
 std::string BatchFrontEnd::line(const Posted &message) {
   std::string text = message_text(message.number);
   if (!message.detail.empty()) {
@@ -38,9 +44,7 @@ std::string BatchFrontEnd::line(const Posted &message) {
     while (!text.empty() && text.back() == '.') text.pop_back();
     return message.detail + " (" + text + ")";
   }
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  while (!text.empty() && text.back() == ' ') text.pop_back();
-  return text;
+  return one_line(std::move(text));
 }
 
 std::string BatchFrontEnd::failure(const std::string &otherwise) const {

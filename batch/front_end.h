@@ -8,6 +8,9 @@
 
 namespace brisel {
 
+/// Lines of a message as one.
+std::string one_line(std::string text);
+
 class BatchFrontEnd final : public FrontEnd {
 public:
   explicit BatchFrontEnd(const Job &job) : job(job) {}

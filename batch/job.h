@@ -32,8 +32,15 @@ struct Job {
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file
   bool log_frequency = false;
+  bool unity_gain = false;
+  bool detail = false;
+  std::optional<int> trace_level; // 0 low, 1 high
+  std::optional<int> dspic30_space, dspic30_script;
+  bool dspic30_header = false, dspic30_simulation = false;
 
-  std::string json, spc, flt, plot_data, plots, pdf;
+  // Names of outputs, empty when not asked for.
+  std::string json, report, trace, spc, flt, inp, plot_data, plots, pdf;
+  std::string c, dspic30, adsp218x, dsp56800;
 
   bool has(Command wanted) const { return command == wanted; }
 };

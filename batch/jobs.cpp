@@ -2,16 +2,16 @@
 
 #include "batch/command_line.h"
 #include "batch/json_output.h"
+#include "batch/outputs.h"
 #include "batch/pictures.h"
-#include "batch/summary.h"
 #include "batch/units.h"
-#include "engine/analysis/plot_arrays.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/method_rule.h"
+#include "engine/core/system_analysis.h"
 #include "engine/files/coefficient_file.h"
-#include "engine/files/plot_data.h"
+#include "engine/files/design_report.h"
 #include "engine/files/spec_file.h"
-#include "engine/files/text_file.h"
+#include "engine/files/system_file.h"
 #include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"
 #include "engine/iir/order_estimate.h"
@@ -19,7 +19,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <vector>
 
 namespace brisel {
@@ -28,46 +27,6 @@ namespace {
 
 [[noreturn]] void fail(const std::string &text) {
   throw JobFailure(exit_failed, text);
-}
-
-std::string plot_data_path(const Job &job, const PlotDataFile &file) {
-  return job.plot_data + "." + std::string(file.extension);
-}
-
-void add_plot_data(const Job &job, FileSet &files) {
-  if (job.plot_data.empty()) return;
-  for (std::size_t i = 0; i < plot_data_files.size(); i++) {
-    auto text = plot_data_text(i, plot_arrays, plot_state.factor, plot_state.radians);
-    const std::string path = plot_data_path(job, plot_data_files[i]);
-    if (!text) fail(path + ": the response has values that are not finite");
-    files.add(path, std::move(*text));
-  }
-}
-
-/// Every file that the job will write, by the name it was given.
-std::vector<std::string> targets(const Job &job) {
-  std::vector<std::string> all;
-  for (const std::string *path : {&job.json, &job.spc, &job.flt})
-    if (!path->empty() && *path != standard_output) all.push_back(*path);
-  if (!job.plot_data.empty())
-    for (const PlotDataFile &file : plot_data_files) all.push_back(plot_data_path(job, file));
-  for (std::string &path : picture_targets(job)) all.push_back(std::move(path));
-  return all;
-}
-
-/// Two outputs under one name would leave only the later one.
-void refuse_shared_targets(const Job &job) {
-  std::vector<std::string> seen;
-  for (const std::string &path : targets(job)) {
-    std::error_code error;
-    const auto resolved = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
-    if (!error && std::filesystem::exists(resolved, error) && !std::filesystem::is_regular_file(resolved, error))
-      continue; // a device takes any number of outputs, and a folder is refused when it is written
-    const std::string name = resolved.empty() ? path : resolved.string();
-    if (std::find(seen.begin(), seen.end(), name) != seen.end())
-      throw JobFailure(exit_usage, "two outputs would be written to " + path);
-    seen.push_back(name);
-  }
 }
 
 void load_specification(const Job &job, const BatchFrontEnd &front_end) {
@@ -95,15 +54,22 @@ void choose_method(const Job &job) {
   design_state.DesignOrAnalysisType = static_cast<std::int8_t>(method);
 }
 
-void choose_plot_settings(const Job &job) {
+/// Settings that designs and analyses share. `sampling` is the highest frequency to show, radians per second; 0 none.
+void choose_results(const Job &job, double sampling) {
+  const Quantize chosen{job.quantize.value_or(static_cast<int>(Quantize::off))};
+  quantization_settings.quant = chosen != Quantize::off;
+  quantization_settings.qtype = chosen != Quantize::floating;
+  if (job.bits) quantization_settings.ibit = *job.bits;
+  if (job.scaling) design_state.GainOption = static_cast<std::uint8_t>(*job.scaling);
+  report_off = job.report.empty();
+  plot_settings.detout = job.detail;
   if (job.frequency_points) plot_settings.nfpts = *job.frequency_points;
   if (job.time_points) plot_settings.dnimp = *job.time_points;
   plot_settings.PlotType0Linear1Log = job.log_frequency;
   if (!job.frequency_range) return;
-  const double sampling = current_spec->sampling_frequency;
   for (std::size_t i = 0; i < 2; i++)
     plot_settings.frequency_range[i] = (*job.frequency_range)[i] * design_state.unit_factor;
-  if (plot_settings.frequency_range[1] > sampling)
+  if (sampling > 0 && plot_settings.frequency_range[1] > sampling)
     throw JobFailure(exit_usage, formatf("--frequency-range: %g is above the sampling frequency, %g",
                                          (*job.frequency_range)[1], in_user_unit(sampling, design_state.unit_factor)));
   plot_settings.autoreset = 0; // or the run would take its own range
@@ -129,89 +95,60 @@ void choose_iir(const Job &job) {
   if (job.structure) quantization_settings.rtype1 = *job.structure;
 }
 
-void choose_quantization(const Job &job) {
-  const Quantize chosen{job.quantize.value_or(static_cast<int>(Quantize::off))};
-  quantization_settings.quant = chosen != Quantize::off;
-  quantization_settings.qtype = chosen != Quantize::floating;
-  if (job.bits) quantization_settings.ibit = *job.bits;
-  if (job.scaling) design_state.GainOption = static_cast<std::uint8_t>(*job.scaling);
+bool is_coefficient_file(const std::string &path) {
+  LineReader file(100);
+  return file.open(path) && file.next() && file.line().starts_with("FILTER COEFFICIENT FILE");
 }
 
-std::string specification_text() {
-  FilterSpec saved = design_record.loaded;
-  saved.unit = design_record.selections.FrequencyMode;
-  auto text = format_filter_spec(saved);
-  if (!text) fail("the specification holds a value that its file cannot");
-  return std::move(*text);
-}
-
-std::string coefficient_text(const Job &job, const BatchFrontEnd &front_end) {
-  auto text = format_current_coefficient_file(design_state.fleng);
-  if (!text) fail(front_end.failure(job.flt + ": the design has values that a coefficient file cannot hold"));
-  return std::move(*text);
-}
-
-/// Makes a folder where there is none, and removes it again unless it is kept.
-class NewFolder {
-public:
-  explicit NewFolder(const std::string &path) : path(path) {
-    std::error_code error;
-    if (path.empty() || std::filesystem::is_directory(path, error)) return;
-    made = std::filesystem::create_directory(path, error);
-    if (!made) fail(path + ": cannot be made: " + error.message());
+void load_system(const Job &job, const BatchFrontEnd &front_end) {
+  const char *const unreadable = ": cannot be opened for reading";
+  if (is_coefficient_file(job.input)) {
+    CoefficientReading reading;
+    if (load_coefficient_file(job.input, &reading) != success)
+      fail(formatf("%s:%d: %s", job.input.c_str(), reading.line, reading.reason.c_str()));
+    if (analyze_coefficient_file() != success) fail(front_end.failure(job.input + ": has no form to analyse"));
+    return;
   }
-  ~NewFolder() {
-    std::error_code ignored;
-    if (made) std::filesystem::remove(path, ignored);
-  }
-  NewFolder(const NewFolder &) = delete;
-  NewFolder &operator=(const NewFolder &) = delete;
-  void keep() { made = false; }
-
-private:
-  std::string path;
-  bool made = false;
-};
-
-void add_output(const std::string &path, std::string content, FileSet &files) {
-  if (path == standard_output)
-    files.add_standard_output(std::move(content));
-  else
-    files.add(path, std::move(content));
+  LineReader file(100);
+  if (!file.open(job.input)) fail(job.input + unreadable);
+  if (load_system_file(job.input) != success) fail(front_end.failure(job.input + ": is no system analysis file"));
 }
 
-/// True when text for a person would be mixed into this output.
-bool is_standard_output(const std::string &path) {
-  std::error_code error;
-  return path == standard_output || std::filesystem::equivalent(path, "/dev/stdout", error);
+void write_results(const Job &job, BatchFrontEnd &front_end) {
+  Outputs outputs;
+  add_results(job, front_end, outputs);
+  outputs.commit(job.plots);
 }
 
 } // namespace
 
 void run_design(const Job &job, BatchFrontEnd &front_end) {
   refuse_missing_pictures(job);
-  refuse_shared_targets(job);
   load_specification(job, front_end);
   choose_method(job);
-  choose_plot_settings(job);
+  choose_results(job, current_spec->sampling_frequency);
   choose_compensation(job);
   choose_iir(job);
-  choose_quantization(job);
   design_filter();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the design run ended without a result"));
-  front_end.messages_to_notes();
+  write_results(job, front_end);
+}
 
-  FileSet files;
-  if (!job.spc.empty()) files.add(job.spc, specification_text());
-  if (!job.flt.empty()) files.add(job.flt, coefficient_text(job, front_end));
-  add_plot_data(job, files);
-  add_pictures(job, files);
-  if (!job.json.empty()) add_output(job.json, design_json(), files);
-  if (!is_standard_output(job.json)) files.add_standard_output(design_summary());
-  NewFolder folder(job.plots);
-  std::string why;
-  if (!files.commit(why)) fail(why);
-  folder.keep();
+void run_analyze(const Job &job, BatchFrontEnd &front_end) {
+  refuse_missing_pictures(job);
+  load_system(job, front_end);
+  apply_frequency_mode();
+  refuse_unused_options(job, design_state.DesignOrAnalysisType);
+  const bool digital = design_state.DesignOrAnalysisType == code(DesignMethod::z_analysis);
+  if (job.scaling && !(digital && is_fir_option(design_state.z_input_option)))
+    throw JobFailure(exit_usage, "--scaling: has a meaning for FIR systems only");
+  choose_results(job, digital ? entered_sample_rate() : 0);
+  if (job.structure) quantization_settings.rtype1 = *job.structure;
+  if (job.mapping) design_state.SDomainAnalysisRealizationMethod = static_cast<std::uint8_t>(*job.mapping);
+  design_state.SDomainAnalysisMaximumGainOption = job.unity_gain;
+  analyze_system();
+  if (!design_record.valid) fail(front_end.failure(job.input + ": the analysis ended without a result"));
+  write_results(job, front_end);
 }
 
 namespace {
@@ -263,14 +200,13 @@ void run_estimate(const Job &job, BatchFrontEnd &front_end) {
       type == FilterType::differentiator || type == FilterType::hilbert || type == FilterType::arbitrary_magnitude;
   const double width = assumed ? in_user_unit(transition_width(*current_spec), design_state.unit_factor) : 0;
 
-  FileSet files;
-  if (!job.json.empty()) add_output(job.json, estimate_json(lengths, orders, width), files);
+  Outputs outputs;
+  if (!job.json.empty()) outputs.add(job.json, estimate_json(lengths, orders, width));
   std::string text = estimate_table("Estimated number of taps:", lengths) +
                      estimate_table("Estimated order, bilinear transformation:", orders);
   if (assumed) appendf(text, "Transition width used: %.6g %s\n", width, design_state.FrequencyMode ? "rad/s" : "Hz");
-  if (!is_standard_output(job.json)) files.add_standard_output(text);
-  std::string why;
-  if (!files.commit(why)) fail(why);
+  outputs.add_summary(std::move(text));
+  outputs.commit("");
 }
 
 } // namespace brisel

@@ -6,8 +6,9 @@
 
 namespace brisel {
 
-// The engine has been started. Both throw JobFailure.
+// The engine has been started. All throw JobFailure.
 void run_design(const Job &job, BatchFrontEnd &front_end);
+void run_analyze(const Job &job, BatchFrontEnd &front_end);
 void run_estimate(const Job &job, BatchFrontEnd &front_end);
 
 } // namespace brisel

@@ -35,9 +35,14 @@ std::span<const double> taps(const FirEntry &entry) {
   return {entry.coeff.data(), static_cast<std::size_t>(entry.length)};
 }
 
+/// The taps of a lattice are those of a filter without symmetry.
+std::string_view symmetry_name(const FirEntry &fir) {
+  return fir_symmetries[std::min<std::size_t>(static_cast<std::size_t>(fir.fir_type), fir_symmetries.size() - 1)];
+}
+
 Json fir_json() {
   const FirEntry &fir = design_record.fir;
-  Json out{{"length", fir.length}, {"symmetry", fir_symmetries[static_cast<std::size_t>(fir.fir_type)]}};
+  Json out{{"length", fir.length}, {"symmetry", symmetry_name(fir)}};
   if (design_record.selections.DesignOrAnalysisType == code(DesignMethod::window))
     out["window"] = windows[static_cast<std::size_t>(design_record.spec.window_type)].option;
   out["gain"] = coefficient(fir.gain);
@@ -99,15 +104,21 @@ void add_forms(const IirForms &forms, Json &out) {
 
 Json iir_json() {
   const DesignState &chosen = design_record.selections;
-  Json out{{"order", design_record.z.cascade.order},
-           {"prototype", analog_prototypes[static_cast<std::size_t>(chosen.analog_type)].option},
-           {"mapping", z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)].option},
-           {"realization", realization_forms[static_cast<std::size_t>(design_record.realization)].option},
-           {"analog",
-            {{"passband_edge", coefficient(design_record.wp)},
-             {"normalized", cascade_json(design_record.s_normalized.cascade)},
-             {"unnormalized", cascade_json(design_record.s_unnormalized.cascade)}}}};
-  add_forms(design_record.z_quantized, out);
+  const int method = chosen.DesignOrAnalysisType;
+  const bool design = method == code(DesignMethod::iir), analog = method == code(DesignMethod::s_analysis);
+  const auto mapping =
+      static_cast<std::size_t>(design ? chosen.ZTransformMethod : chosen.SDomainAnalysisRealizationMethod);
+  const bool analog_only = analog && mapping == static_cast<std::size_t>(code(ZTransform::s_domain_only));
+  const IirForms &forms = analog_only ? design_record.s_unnormalized : design_record.z;
+  Json out{{"order", forms.cascade.order}};
+  if (design) out["prototype"] = analog_prototypes[static_cast<std::size_t>(chosen.analog_type)].option;
+  if (design || analog) out["mapping"] = z_transforms[mapping].option;
+  if (!analog_only) out["realization"] = realization_forms[static_cast<std::size_t>(design_record.realization)].option;
+  if (design)
+    out["analog"] = Json{{"passband_edge", coefficient(design_record.wp)},
+                         {"normalized", cascade_json(design_record.s_normalized.cascade)}};
+  if (design || analog) out["analog"]["unnormalized"] = cascade_json(design_record.s_unnormalized.cascade);
+  if (!analog_only) add_forms(design_record.z_quantized, out);
   return out;
 }
 
@@ -197,11 +208,13 @@ std::string text_of(const Json &value) {
 
 std::string design_json() {
   const DesignState &chosen = design_record.selections;
-  Json out{{"version", BRISEL_VERSION},
-           {"filter_type", filter_types[static_cast<std::size_t>(chosen.filter_type)].file_name},
-           {"method", design_methods[static_cast<std::size_t>(chosen.DesignOrAnalysisType)].option},
-           {"unit", unit_row(chosen.FrequencyMode).option},
-           {"sampling_frequency", in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor)}};
+  Json out{{"version", BRISEL_VERSION}};
+  if (const auto method = static_cast<std::size_t>(chosen.DesignOrAnalysisType); method < design_methods.size()) {
+    out["filter_type"] = filter_types[static_cast<std::size_t>(chosen.filter_type)].file_name;
+    out["method"] = design_methods[method].option;
+  }
+  out["unit"] = unit_row(chosen.FrequencyMode).option;
+  out["sampling_frequency"] = in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor);
   out[is_fir_result() ? "fir" : "iir"] = is_fir_result() ? fir_json() : iir_json();
   if (design_record.quantization.quant) out["quantization"] = quantization_json();
   out["responses"] = responses_json();

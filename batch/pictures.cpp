@@ -1,7 +1,5 @@
 #include "batch/pictures.h"
 
-#include "engine/core/code_tables.h"
-
 #ifdef BRISEL_PICTURES
 #include "engine/core/messages.h"
 #include "engine/core/problem_description.h"
@@ -14,19 +12,11 @@ static bool wants_pictures(const Job &job) {
   return !job.plots.empty() || !job.pdf.empty();
 }
 
-std::vector<std::string> picture_targets(const Job &job) {
-  std::vector<std::string> targets;
-  if (!job.pdf.empty()) targets.push_back(job.pdf);
-  if (!job.plots.empty())
-    for (const PlotKindRow &row : plot_kinds) targets.push_back(job.plots + "/" + std::string(row.file_stem) + ".png");
-  return targets;
-}
-
 #ifdef BRISEL_PICTURES
 
 void refuse_missing_pictures(const Job &) {}
 
-void add_pictures(const Job &job, FileSet &files) {
+void add_pictures(const Job &job, Outputs &outputs) {
   if (!wants_pictures(job)) return;
   PictureJob drawing;
   for (int kind = 0; kind < plot_kind_count; kind++)
@@ -40,7 +30,7 @@ void add_pictures(const Job &job, FileSet &files) {
   PictureResult drawn;
   if (!render_pictures(program_directory, drawing, drawn)) throw JobFailure(exit_failed, drawn.error);
   for (Picture &picture : drawn.pictures)
-    files.add(picture.name.ends_with(".pdf") ? job.pdf : job.plots + "/" + picture.name, std::move(picture.bytes));
+    outputs.add(picture.name.ends_with(".pdf") ? job.pdf : job.plots + "/" + picture.name, std::move(picture.bytes));
 }
 
 #else
@@ -51,7 +41,7 @@ void refuse_missing_pictures(const Job &job) {
                                      ": this program was built without the toolkit that draws pictures");
 }
 
-void add_pictures(const Job &, FileSet &) {}
+void add_pictures(const Job &, Outputs &) {}
 
 #endif
 

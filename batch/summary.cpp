@@ -3,8 +3,10 @@
 #include "batch/attained.h"
 #include "batch/units.h"
 #include "engine/analysis/form_conversions.h"
+#include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/design_state.h"
+#include "engine/core/problem_description.h"
 #include "engine/files/text_file.h"
 
 #include <algorithm>
@@ -112,9 +114,28 @@ std::string iir_heading() {
                        std::string(realization_names[static_cast<std::size_t>(report_code)]).c_str());
 }
 
+bool is_design() {
+  return design_record.selections.DesignOrAnalysisType <= code(DesignMethod::least_squares);
+}
+
 std::string heading() {
+  if (!is_design()) return problem_description(design_record) + "\n" + sampling_words() + "\n";
   return std::string(filter_types[static_cast<std::size_t>(design_record.selections.filter_type)].dialog_name) +
          (is_fir_result() ? fir_heading() : iir_heading()) + sampling_words() + "\n";
+}
+
+/// Nothing was asked of an entered system: where its gain is largest and smallest says what it does.
+std::string gain_line() {
+  const DesignState &chosen = design_record.selections;
+  const auto *first = plot_arrays.log_magnitude.begin(), *last = first + plot_arrays.frequency_count;
+  const auto [smallest, largest] = std::minmax_element(first, last);
+  const auto at = [&](const double *value) {
+    return formatf("%s at %.6g %s", decibels(*value, 2).c_str(),
+                   plot_arrays.frequency[static_cast<std::size_t>(value - first)] / plot_state.factor /
+                       chosen.unit_factor,
+                   chosen.FrequencyMode ? "rad/s" : "Hz");
+  };
+  return "  largest gain " + at(largest) + ", smallest " + at(smallest) + "\n";
 }
 
 Sampler sampler_of(const FirEntry &entry) {
@@ -171,7 +192,7 @@ std::string attained_table() {
 } // namespace
 
 std::string design_summary() {
-  std::string out = heading() + attained_table();
+  std::string out = heading() + (is_design() ? attained_table() : gain_line());
   for (const std::string &note : design_notes) out += "Note: " + note + "\n";
   return out;
 }

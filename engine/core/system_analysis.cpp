@@ -129,10 +129,14 @@ bool SystemAnalysisConv() {
   return digitize_analog(method, AcceptPoles::anywhere);
 }
 
-void analyze_system() {
+double entered_sample_rate() {
   const bool digital = design_state.DesignOrAnalysisType == code(DesignMethod::z_analysis);
   const InputOption option{digital ? design_state.z_input_option : design_state.s_input_option};
-  const double rate = sample_rate(digital ? z_entries : s_entries, option);
+  return sample_rate(digital ? z_entries : s_entries, option);
+}
+
+void analyze_system() {
+  const double rate = entered_sample_rate();
   if (!(rate > 0)) return post_message(Message::system_has_no_form);
   run_with_progress([&] {
     begin_record(rate);

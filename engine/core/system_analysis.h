@@ -8,6 +8,9 @@ namespace brisel {
 /// analog response is computed. Afterwards `design_record.valid` tells whether there is a result.
 void analyze_system();
 
+/// Sampling frequency of that system, radians per second.
+double entered_sample_rate();
+
 /// The stage that brings the entry into the design record in every form. False after a message.
 bool SystemAnalysisConv();
 

@@ -116,13 +116,12 @@ void store_optimal_design(std::span<const double> half, const char *title) {
 }
 
 void note_optimal_report(const BandPlan &plan, const OptimalReport &report) {
-  // A halfband filter H was computed as a lowpass G at half its rate: H(w) = 1/2 + G(2w)/2, and H(pi - w) = 1 - H(w).
-  const bool folded = is_half_band(design_record.spec);
-  const double scale = folded ? 0.5 : 1;
   design_notes.push_back(formatf("Peak weighted error %.6g on the design grid, %.6g on a grid eight times denser.",
-                                 scale * report.peak_error, scale * report.dense_peak_error));
+                                 report.peak_error, report.dense_peak_error));
   if (report.transition_gain > 0) {
-    const double frequency = two_pi * report.transition_frequency * scale;
+    // A halfband filter was computed as a lowpass at half its rate.
+    const bool folded = is_half_band(design_record.spec);
+    const double frequency = two_pi * report.transition_frequency * (folded ? 0.5 : 1);
     const double gain = folded ? (1 + report.transition_gain) / 2 : report.transition_gain;
     std::string note = formatf("Peak gain %.6g between the bands, at %s.", gain, in_users_unit(frequency).c_str());
     if (report.transition_gain > 1.1 * report.largest_desired)

@@ -1,0 +1,188 @@
+#include "batch/outputs.h"
+
+#include "batch/json_output.h"
+#include "batch/pictures.h"
+#include "batch/summary.h"
+#include "codegen/c_code.h"
+#include "codegen/dsp_checks.h"
+#include "codegen/dsp_code.h"
+#include "codegen/dspic30.h"
+#include "engine/analysis/plot_arrays.h"
+#include "engine/core/messages.h"
+#include "engine/core/start_up.h"
+#include "engine/files/coefficient_file.h"
+#include "engine/files/plot_data.h"
+#include "engine/files/spec_file.h"
+#include "engine/files/system_file.h"
+
+#include <filesystem>
+#include <unistd.h>
+
+namespace brisel {
+
+namespace {
+
+[[noreturn]] void fail(const std::string &text) {
+  throw JobFailure(exit_failed, text);
+}
+
+bool is_same_file(const std::string &a, const char *b) {
+  std::error_code error;
+  return std::filesystem::equivalent(a, b, error);
+}
+
+} // namespace
+
+void Outputs::add(const std::string &path, std::string content) {
+  if (path == standard_output) {
+    standard_output_taken = true;
+    return files.add_standard_output(std::move(content));
+  }
+  if (is_same_file(path, "/dev/stdout")) standard_output_taken = true;
+  std::error_code error;
+  const auto name = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  // A device takes any number of outputs.
+  const bool shareable = std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error);
+  if (!shareable && !names.insert(name.empty() ? path : name.string()).second)
+    throw JobFailure(exit_usage, "two outputs would be written to " + path);
+  files.add(path, std::move(content));
+}
+
+void Outputs::add_summary(std::string text) {
+  if (!standard_output_taken) files.add_standard_output(std::move(text));
+}
+
+void Outputs::commit(const std::string &new_folder) {
+  std::error_code error;
+  const bool made = !new_folder.empty() && !std::filesystem::is_directory(new_folder, error);
+  if (made && !std::filesystem::create_directory(new_folder, error))
+    fail(new_folder + ": cannot be made: " + (error ? error.message() : "a file of that name exists"));
+  std::string why;
+  if (files.commit(why)) return;
+  if (made) std::filesystem::remove(new_folder, error);
+  fail(why);
+}
+
+namespace {
+
+/// A text that the engine gave, or its reason why it could not.
+std::string text_or_failure(std::optional<std::string> text, const std::string &path, const BatchFrontEnd &front_end) {
+  if (!text) fail(front_end.failure(path + ": the result holds values that this file cannot"));
+  return std::move(*text);
+}
+
+std::string specification_text(const std::string &path, const BatchFrontEnd &front_end) {
+  FilterSpec saved = design_record.loaded;
+  saved.unit = design_record.selections.FrequencyMode;
+  return text_or_failure(format_filter_spec(saved), path, front_end);
+}
+
+void add_plot_data(const std::string &base, const BatchFrontEnd &front_end, Outputs &outputs) {
+  for (std::size_t i = 0; i < plot_data_files.size(); i++) {
+    const std::string path = base + "." + std::string(plot_data_files[i].extension);
+    auto text = plot_data_text(i, plot_arrays, plot_state.factor, plot_state.radians);
+    outputs.add(path, text_or_failure(std::move(text), path, front_end));
+  }
+}
+
+/// Who made a generated file, when. A job gives the same bytes whenever it runs, so the time is the one that the caller
+/// fixes for reproducible builds, or none.
+Origin origin() {
+  const char *epoch = std::getenv("SOURCE_DATE_EPOCH");
+  const auto seconds = epoch ? parse_integer(epoch) : std::nullopt;
+  Origin made{.user = "brisel " BRISEL_VERSION, .date = "unrecorded", .time = "time"};
+  if (!seconds) return made;
+  const std::time_t moment = static_cast<std::time_t>(*seconds);
+  std::tm parts{};
+  char date[32] = "", time[32] = "";
+  if (!gmtime_r(&moment, &parts)) return made;
+  std::strftime(date, sizeof date, "%Y-%m-%d", &parts);
+  std::strftime(time, sizeof time, "%H:%M:%S UTC", &parts);
+  made.date = date;
+  made.time = time;
+  return made;
+}
+
+/// The generators for DSPs write the result to a temporary file and read it back. Where they stop in between, it is
+/// removed, unless it was there before.
+class TemporaryFile {
+public:
+  explicit TemporaryFile(const std::string &path) : path(path), existed(::access(path.c_str(), F_OK) == 0) {}
+  ~TemporaryFile() {
+    if (!existed) ::unlink(path.c_str());
+  }
+  TemporaryFile(const TemporaryFile &) = delete;
+  TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+private:
+  std::string path;
+  bool existed;
+};
+
+[[noreturn]] void fail_generator(const char *option, int status, const BatchFrontEnd &front_end) {
+  const auto number = status == form_not_supported ? Message::unsupported_form : Message::cannot_create_file;
+  fail(front_end.failure(std::string(option) + ": " + one_line(message_text(number))));
+}
+
+void add_c_code(const std::string &path, const BatchFrontEnd &front_end, Outputs &outputs) {
+  const Origin made = origin();
+  std::string text;
+  if (const Status status = format_c_code(path, design_record, made.user, made.date, made.time, text);
+      status != success)
+    fail_generator("--c", status, front_end);
+  outputs.add(path, std::move(text));
+}
+
+void require_dsp(const char *option, bool canonic_only) {
+  if (const char *why = dsp_refusal(design_record, canonic_only)) fail(std::string(option) + ": " + why);
+  if (!design_record.quantization.quant)
+    fail(std::string(option) + ": " + one_line(message_text(Message::not_quantized)));
+}
+
+void add_dsp_code(const char *option, DspFamily family, const std::string &path, const BatchFrontEnd &front_end,
+                  Outputs &outputs) {
+  require_dsp(option, family == DspFamily::dsp56800);
+  const TemporaryFile temporary(path + "_BRISELSYS");
+  std::string text;
+  if (const int status = prepare_dsp_code(family, path, design_record.selections, origin(), text); status != success)
+    fail_generator(option, status, front_end);
+  outputs.add(path, std::move(text));
+}
+
+void add_dspic30(const Job &job, const BatchFrontEnd &front_end, Outputs &outputs) {
+  require_dsp("--dspic30", false);
+  DsPic30Options options;
+  options.header = job.dspic30_header;
+  options.simulation = job.dspic30_simulation;
+  if (job.dspic30_space) options.space = CoefficientSpace{*job.dspic30_space};
+  if (job.dspic30_script) options.script = PlotScript{*job.dspic30_script};
+  const TemporaryFile temporary(job.dspic30);
+  std::vector<GeneratedFile> generated;
+  std::string note;
+  if (const int status = prepare_dspic30(job.dspic30, options, generated, &note); status != success)
+    fail_generator("--dspic30", status, front_end);
+  for (GeneratedFile &file : generated) outputs.add(file.path, std::move(file.text));
+  if (!note.empty()) design_notes.push_back(note);
+}
+
+} // namespace
+
+void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
+  front_end.messages_to_notes();
+  if (!job.spc.empty()) outputs.add(job.spc, specification_text(job.spc, front_end));
+  if (!job.flt.empty())
+    outputs.add(job.flt, text_or_failure(format_current_coefficient_file(design_state.fleng), job.flt, front_end));
+  if (!job.inp.empty()) outputs.add(job.inp, text_or_failure(format_current_system_file(), job.inp, front_end));
+  if (!job.plot_data.empty()) add_plot_data(job.plot_data, front_end, outputs);
+  add_pictures(job, outputs);
+  if (!job.c.empty()) add_c_code(job.c, front_end, outputs);
+  if (!job.adsp218x.empty()) add_dsp_code("--adsp218x", DspFamily::adsp218x, job.adsp218x, front_end, outputs);
+  if (!job.dsp56800.empty()) add_dsp_code("--dsp56800", DspFamily::dsp56800, job.dsp56800, front_end, outputs);
+  if (!job.dspic30.empty()) add_dspic30(job, front_end, outputs);
+  if (!job.report.empty()) outputs.add(job.report, report_text());
+  if (!job.trace.empty()) outputs.add(job.trace, trace_text());
+  if (!job.json.empty()) outputs.add(job.json, design_json());
+  outputs.add_summary(design_summary());
+}
+
+} // namespace brisel

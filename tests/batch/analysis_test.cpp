@@ -1,0 +1,161 @@
+#include "tests/batch/run_brisel.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace brisel {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+class Analysis : public testing::Test {
+protected:
+  Analysis() {
+    for (const char *name :
+         {"lowpass.spc", "bandpass.spc", "hilbert.spc", "biquads.inp", "resonator.inp", "analog-butterworth.inp"})
+      shop.write(name, example(name));
+  }
+  Json run(const std::string &arguments) {
+    const Outcome outcome = shop.run(arguments + " --json -");
+    EXPECT_EQ(outcome.status, 0) << arguments << "\n" << outcome.err;
+    return outcome.status == 0 ? Json::parse(outcome.out) : Json();
+  }
+  Workshop shop;
+};
+
+/// Largest difference of two magnitudes, relative to the larger's peak.
+double distance(const Json &a, const Json &b) {
+  const auto x = a["responses"]["magnitude"].get<std::vector<double>>();
+  const auto y = b["responses"]["magnitude"].get<std::vector<double>>();
+  if (x.size() != y.size()) return INFINITY;
+  double peak = 0, largest = 0;
+  for (std::size_t i = 0; i < x.size(); i++) {
+    peak = std::max(peak, std::max(x[i], y[i]));
+    largest = std::max(largest, std::abs(x[i] - y[i]));
+  }
+  return largest / peak;
+}
+
+TEST_F(Analysis, ADesignThatWasSavedIsTheSameFilterInANewProcess) {
+  struct Row {
+    const char *design;
+    double inp, flt; // what nine digits of a system file and eight of a coefficient file leave, poles near the circle
+  };
+  for (const Row &row : {
+           Row{"lowpass.spc --method window", 1e-7, 1e-6},
+           Row{"lowpass.spc --method equiripple --quantize fixed --bits 14", 1e-7, 1e-12},
+           Row{"hilbert.spc --method window --length 40", 1e-7, 1e-6},
+           Row{"lowpass.spc --prototype butterworth --order 6", 1e-6, 1e-5},
+           Row{"lowpass.spc --quantize fixed", 1e-6, 1e-9},
+           Row{"lowpass.spc --quantize fixed --structure canonic", 1e-6, 1e-9},
+           Row{"lowpass.spc --order 5 --realization parallel", 1e-6, 1e-5},
+           Row{"lowpass.spc --order 5 --realization lattice", 1e-6, 1e-5},
+           Row{"bandpass.spc --prototype butterworth --order 4 --realization ratio", 1e-5, 1e-4},
+       }) {
+    const Json designed = run(std::string("design ") + row.design + " --inp s.inp --flt s.flt");
+    EXPECT_LT(distance(run("analyze s.inp"), designed), row.inp) << row.design;
+    EXPECT_LT(distance(run("analyze s.flt"), designed), row.flt) << row.design;
+  }
+  // The specification file makes the same filter again.
+  const Json first = run("design bandpass.spc --spc again.spc");
+  EXPECT_LT(distance(run("design again.spc"), first), 1e-4); // six digits of the edges
+}
+
+TEST_F(Analysis, TheObjectHasTheFormsOfTheSystem) {
+  const Json digital = run("analyze biquads.inp");
+  EXPECT_FALSE(digital.contains("method"));
+  EXPECT_FALSE(digital.contains("filter_type"));
+  EXPECT_FALSE(digital["iir"].contains("analog"));
+  EXPECT_FALSE(digital["iir"].contains("prototype"));
+  for (const char *form : {"cascade", "parallel", "ratio", "pole_zero", "lattice"})
+    EXPECT_TRUE(digital["iir"].contains(form)) << form;
+  const Json mapped = run("analyze analog-butterworth.inp --mapping matched-z");
+  EXPECT_EQ(mapped["iir"]["mapping"], "matched-z");
+  EXPECT_TRUE(mapped["iir"]["analog"].contains("unnormalized"));
+  EXPECT_TRUE(mapped["iir"].contains("cascade"));
+  const Json analog = run("analyze analog-butterworth.inp --mapping s-domain");
+  EXPECT_TRUE(analog["iir"]["analog"].contains("unnormalized"));
+  EXPECT_FALSE(analog["iir"].contains("cascade"));
+
+  const auto peak = [](const Json &result) {
+    const auto gains = result["responses"]["magnitude"].get<std::vector<double>>();
+    return *std::max_element(gains.begin(), gains.end());
+  };
+  EXPECT_NEAR(peak(run("analyze resonator.inp --unity-gain")), 1, 1e-3); // the peak may lie between two grid points
+  EXPECT_GT(std::abs(peak(run("analyze resonator.inp")) - 1), 1e-3);
+}
+
+TEST_F(Analysis, ReportAndTraceAreOutputsLikeOthers) {
+  ASSERT_EQ(shop.run("design lowpass.spc --report r.txt --trace t.txt").status, 0);
+  ASSERT_EQ(shop.run("design lowpass.spc --report d.txt --detail --trace h.txt --trace-level high").status, 0);
+  const std::string plain = shop.read("r.txt"), detailed = shop.read("d.txt");
+  EXPECT_NE(plain.find("FILTER ORDER:"), std::string::npos);
+  EXPECT_EQ(plain.find("Impulse "), std::string::npos);
+  EXPECT_NE(detailed.find("Impulse "), std::string::npos);
+  EXPECT_NE(shop.read("t.txt").find(" entering filter_dsgn_dsgn \n"), std::string::npos);
+  EXPECT_EQ(shop.files().count("SFIL.OUT"), 0u);
+}
+
+TEST_F(Analysis, GeneratedCodeIsWrittenAndTheSameEveryTime) {
+  const std::string command = "design lowpass.spc --quantize fixed --structure canonic --c a.c --adsp218x a.dat "
+                              "--dsp56800 a.h --dspic30 pic --dspic30-header --dspic30-sim --dspic30-script octave";
+  ASSERT_EQ(shop.run(command).status, 0);
+  const auto files = shop.files();
+  for (const char *name : {"a.c", "a.dat", "a.h", "pic.s", "pic.h", "pic_sim.c", "pic_sim.cmd", "pic_make.bat"})
+    EXPECT_EQ(files.count(name), 1u) << name;
+  for (const char *name : {"a.dat_BRISELSYS", "a.h_BRISELSYS", "pic", "_temp.flt"})
+    EXPECT_EQ(files.count(name), 0u) << name;
+  ASSERT_EQ(shop.run(command, "TZ=Asia/Tokyo").status, 0);
+  EXPECT_EQ(differing(shop.files(), files), Names{});
+  ASSERT_EQ(shop.run(command, "SOURCE_DATE_EPOCH=86400").status, 0);
+  EXPECT_NE(shop.read("a.c").find("1970-01-02 00:00:00 UTC"), std::string::npos);
+}
+
+TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
+  shop.write("taken.dat_BRISELSYS", "mine");
+  shop.write("short.inp", example("biquads.inp").substr(0, 120));
+  shop.write("short.flt", "FILTER COEFFICIENT FILE\nFIR DESIGN\n");
+  const auto before = shop.files();
+  struct Row {
+    const char *arguments;
+    int status;
+    const char *says;
+  };
+  for (const Row &row : {
+           Row{"analyze missing.inp", 1, "missing.inp: "},
+           Row{"analyze lowpass.spc", 1, "lowpass.spc:1: "},
+           Row{"analyze short.inp --json x.json", 1, "short.inp:"},
+           Row{"analyze short.flt --json x.json", 1, "short.flt:"},
+           Row{"analyze biquads.inp --mapping bilinear", 2, "--mapping: has no meaning for a digital system"},
+           Row{"analyze biquads.inp --scaling one --quantize fixed", 2,
+               "--scaling: has a meaning for FIR systems only"},
+           Row{"analyze biquads.inp --method iir", 2, "--method"},
+           Row{"design lowpass.spc --unity-gain", 2, "--unity-gain"},
+           Row{"design lowpass.spc --mapping s-domain", 2, "--mapping: s-domain is for the analysis"},
+           Row{"design lowpass.spc --detail", 2, "--detail: needs --report"},
+           Row{"design lowpass.spc --dspic30-sim", 2, "--dspic30-sim: needs --dspic30"},
+           Row{"design lowpass.spc --realization ladder-1 --c x.c", 1, "--c: "},
+           Row{"design lowpass.spc --adsp218x x.dat", 1, "IIR output requires fixed point quantization"},
+           Row{"design lowpass.spc --quantize fixed --dsp56800 x.h", 1,
+               "IIR output requires canonic fixed point quantization"},
+           Row{"design lowpass.spc --quantize fixed --bits 12 --adsp218x x.dat", 1,
+               "The number of quantized bits must be 16"},
+           Row{"design lowpass.spc --quantize fixed --realization parallel --adsp218x x.dat", 1,
+               "Only cascaded 2nd order sections supported for IIR designs."},
+           Row{"design lowpass.spc --method window --adsp218x x.dat", 1, "not quantized"},
+           Row{"design lowpass.spc --quantize fixed --adsp218x taken.dat", 1, "taken.dat_BRISELSYS"},
+           Row{"design lowpass.spc --quantize fixed --dspic30 'a;b'", 1, "a;b"},
+           Row{"design lowpass.spc --quantize fixed --dspic30 pic --json pic.s", 2, "two outputs"},
+           Row{"design lowpass.spc --quantize fixed --dspic30 pic --adsp218x no/where.dat", 1, "no/where.dat"},
+       }) {
+    const Outcome outcome = shop.run(row.arguments);
+    EXPECT_EQ(outcome.status, row.status) << row.arguments << outcome.err;
+    EXPECT_TRUE(outcome.is_one_line()) << row.arguments << "\n" << outcome.out << outcome.err;
+    EXPECT_NE(outcome.err.find(row.says), std::string::npos) << row.arguments << "\n" << outcome.err;
+    EXPECT_EQ(differing(shop.files(), before), Names{}) << row.arguments;
+  }
+}
+
+} // namespace
+} // namespace brisel
