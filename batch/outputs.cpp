@@ -143,10 +143,12 @@ void add_dsp_code(const char *option, DspFamily family, const std::string &path,
                   Outputs &outputs) {
   require_dsp(option, family == DspFamily::dsp56800);
   const TemporaryFile temporary(path + "_BRISELSYS");
-  std::string text;
-  if (const int status = prepare_dsp_code(family, path, design_record.selections, origin(), text); status != success)
+  std::string text, note;
+  if (const int status = prepare_dsp_code(family, path, design_record.selections, origin(), text, &note);
+      status != success)
     fail_generator(option, status, front_end);
   outputs.add(path, std::move(text));
+  if (!note.empty()) design_notes.push_back(note);
 }
 
 void add_dspic30(const Job &job, const BatchFrontEnd &front_end, Outputs &outputs) {

@@ -132,7 +132,7 @@ std::string format_dsp56800(const std::string &path, const CoefficientFile &imag
 }
 
 int prepare_dsp_code(DspFamily family, const std::string &path, const DesignState &state, const Origin &origin,
-                     std::string &text) {
+                     std::string &text, std::string *note) {
   if (state.DesignOrAnalysisType == code(DesignMethod::z_analysis) && !design_record.quantization.quant)
     return form_not_supported;
   const std::string temporary = path + "_BRISELSYS";
@@ -142,6 +142,8 @@ int prepare_dsp_code(DspFamily family, const std::string &path, const DesignStat
   if (!why)
     text = family == DspFamily::adsp218x ? format_adsp218x(path, coefficient_file, origin)
                                          : format_dsp56800(path, coefficient_file, origin);
+  if (note && !why)
+    *note = gain_note(coefficient_file, coefficient_file.variant == CoefficientVariant::iir).value_or("");
   release_coefficient_file();
   if (!why) return success;
   post_message(Message::dsp_word_misfit, *why);

@@ -29,6 +29,8 @@ std::int64_t gain_word(const CoefficientFile &image) {
 
 std::optional<std::string> misfit(const CoefficientFile &image) {
   constexpr std::int64_t lowest = -32768, highest = 32767;
+  if (image.variant == CoefficientVariant::fir && image.quantization != QuantizationType::fir_fixed_point)
+    return "the taps are not quantized in fixed point";
   const auto fits = [](std::int64_t word) { return word >= lowest && word <= highest; };
   if (image.variant == CoefficientVariant::fir) {
     for (std::size_t i = 0; i < image.integers.size(); i++)
@@ -37,6 +39,10 @@ std::optional<std::string> misfit(const CoefficientFile &image) {
                        static_cast<long long>(image.integers[i]));
     return std::nullopt;
   }
+  if (image.scaling != ScalingCode::cascade_1 && image.scaling != ScalingCode::cascade_2)
+    return "the sections are neither transposed nor canonic; choose one of these structures";
+  if (image.quantization != QuantizationType::fractional_fixed_point)
+    return "a section's leading denominator coefficient is not 1; enter the sections normalized";
   for (std::size_t k = 0; k < image.section_integers.size(); k++) {
     const SectionWords w = section_words(image.section_integers[k]);
     const struct {
