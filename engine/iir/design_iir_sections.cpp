@@ -2,6 +2,7 @@
 
 #include "engine/analysis/form_conversions.h"
 #include "engine/analysis/pole_zero_form.h"
+#include "engine/analysis/polynomial_roots.h"
 #include "engine/core/design_state.h"
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace brisel {
 
@@ -75,17 +77,33 @@ double digits_of_sum(const IirForms &forms) {
   return digits_kept(x, cascade_values(forms.cascade, x), parallel_values(forms.parallel, x));
 }
 
-// Decimal digits in which the digital sections are the bilinear image of the analog ones: poles very near the unit
-// circle are rounded together with the coefficients.
-double digits_of_bilinear(const SectionEntry &analog, const SectionEntry &digital) {
-  PoleZeroEntry pole_zero{};
-  if (!cascade_to_pole_zero(Domain::z, digital, pole_zero)) return 0;
-  Values z = comparison_points(Domain::z, poles_of(pole_zero));
-  std::erase(z, std::complex<double>(-1)); // there s is infinite
-  Values s(z.size());
-  const double k = std::numbers::pi / analog.sample_rate;
-  std::transform(z.begin(), z.end(), s.begin(), [k](std::complex<double> x) { return (x - 1.0) / (x + 1.0) / k; });
-  return digits_kept(z, cascade_values(analog, s), cascade_values(digital, z));
+// Decimal digits of the response that the rounding of the section coefficients leaves: poles and zeros very near the
+// unit circle move with the last digit of their coefficients by much of their distance from it.
+double digits_of_coefficients(const SectionEntry &cascade) {
+  Values poles;
+  for (int i = 0; i < cascade.section_count; i++) poles.push_back(quadratic_roots(cascade.denominators[i]).first);
+  const Values z = comparison_points(Domain::z, poles), h = cascade_values(cascade, z);
+  double peak = 0, error = 0;
+  for (std::size_t k = 0; k < z.size(); k++) {
+    double relative = 0;
+    for (int i = 0; i < cascade.section_count; i++) {
+      for (const Triple &t : {cascade.numerators[i], cascade.denominators[i]}) {
+        const double value = std::abs((t[0] * z[k] + t[1]) * z[k] + t[2]);
+        if (value != 0) relative += (std::fabs(t[1]) + std::fabs(t[2])) / value; // t[0] is 1 or a common factor
+      }
+    }
+    peak = std::max(peak, std::abs(h[k]));
+    error = std::max(error, relative * std::abs(h[k]));
+  }
+  return -std::log10(0.5 * std::numeric_limits<double>::epsilon() * error / peak);
+}
+
+// Decimal digits in which the terms of a digital sum add up to `meant`, a function of z.
+template <class Meant> double digits_of_terms(const SectionEntry &parallel, Meant meant) {
+  Values poles;
+  for (int i = 0; i < parallel.section_count; i++) poles.push_back(quadratic_roots(parallel.denominators[i]).first);
+  const Values z = comparison_points(Domain::z, poles);
+  return digits_kept(z, meant(z), parallel_values(parallel, z));
 }
 
 // Every pole inside the unit circle and every number finite, for sections with a leading coefficient of 1.
@@ -129,13 +147,6 @@ bool map_cascade(DesignRecord &r, ZTransform method) {
   if (method == ZTransform::bilinear) {
     bilinear_map(analog.cascade, cascade);
     list(" Z Domain Unnormalized: cascaded - bilinear\n", cascade);
-    const double digits = digits_of_bilinear(analog.cascade, cascade);
-    if (digits < least_digits) return refuse(Message::poles_on_unit_circle);
-    if (digits < enough_digits)
-      design_notes.push_back(
-          formatf("The digital sections keep %d digits of the analog filter: its poles lie that near "
-                  "the unit circle.",
-                  static_cast<int>(digits)));
   } else {
     matched_z_map(analog.cascade, cascade, static_cast<FilterType>(r.spec.type));
     list(" Z Domain Unnormalized: cascaded - matched Z\n", cascade);
@@ -153,31 +164,41 @@ bool map_cascade(DesignRecord &r, ZTransform method) {
 }
 
 // Impulse invariance: term by term of the partial fractions, by way of the analog filter or of the digital lowpass.
-bool map_parallel(DesignRecord &r) {
+bool map_parallel(DesignRecord &r, bool designed) {
   const double step = two_pi / r.spec.sampling_frequency;
-  const bool digital_path = r.selections.ImpulseInvariantDesignPath != 0;
+  const bool digital_path = designed && r.selections.ImpulseInvariantDesignPath != 0;
   IirForms &analog = digital_path ? r.s_normalized : r.s_unnormalized;
-  impulse_invariant_map(r.s_normalized.parallel, r.z_normalized, normalized_step(step));
-  list(" Z Domain Normalized: parallel\n", r.z_normalized);
+  if (designed) { // an entered system has no prototype
+    impulse_invariant_map(r.s_normalized.parallel, r.z_normalized, normalized_step(step));
+    list(" Z Domain Normalized: parallel\n", r.z_normalized);
+  }
   if (!digital_path) {
     if (!cascade_to_parallel(Domain::s, analog.cascade, analog.parallel) ||
         !cascade_to_pole_zero(Domain::s, analog.cascade, analog.pole_zero))
       return refuse(Message::result_not_finite);
     list(" S Domain Unnormalized: parallel\n", analog.parallel);
   }
-  const double digits = digits_of_sum(analog);
+  double digits = digits_of_sum(analog);
+  if (digital_path) {
+    const double theta_p = r.wp * normalized_step(step);
+    digital_transform(r.z_normalized, r.z.parallel, r.spec, theta_p);
+    digits = std::min(digits, digits_of_terms(r.z.parallel, [&](Values z) {
+                        for (auto &place : z) place = lowpass_place(r.spec, theta_p, place);
+                        return impulse_invariant_values(analog.parallel, normalized_step(step), z);
+                      }));
+  } else {
+    impulse_invariant_map(analog.parallel, r.z.parallel, step);
+    list(" Z Domain Unnormalized: parallel\n", r.z.parallel);
+    digits = std::min(digits, digits_of_terms(r.z.parallel, [&](const Values &z) {
+                        return impulse_invariant_values(analog.parallel, step, z);
+                      }));
+  }
   if (digits < least_digits) return refuse(Message::partial_fractions_lost);
   if (digits < enough_digits)
     design_notes.push_back(
         formatf("The partial fractions, of which an impulse-invariant filter is made, keep %d digits "
-                "of the analog filter.",
+                "of the filter.",
                 static_cast<int>(digits)));
-  if (digital_path) {
-    digital_transform(r.z_normalized, r.z.parallel, r.spec, r.wp * normalized_step(step));
-  } else {
-    impulse_invariant_map(analog.parallel, r.z.parallel, step);
-    list(" Z Domain Unnormalized: parallel\n", r.z.parallel);
-  }
   cancel_delays(r.z.parallel);
   if (!analog.cascade.keep_gain) regain_parallel(r.z.parallel);
   list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);
@@ -188,14 +209,19 @@ bool map_parallel(DesignRecord &r) {
 
 bool digitize_analog(ZTransform method, AcceptPoles accepted) {
   DesignRecord &r = design_record;
-  const bool by_sum = method == ZTransform::impulse_invariant;
-  if (!(by_sum ? map_parallel(r) : map_cascade(r, method))) return false;
+  const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
+  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method))) return false;
 
   FormReport found{};
   const RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
   if (!derive_forms(Domain::z, source, r.z, found) || found.cascade < 0) return refuse(Message::result_not_finite);
-  if (accepted == AcceptPoles::inside_only && !holds_in_double(r.z.cascade))
-    return refuse(Message::poles_on_unit_circle);
+  const bool held = holds_in_double(r.z.cascade);
+  const double digits = held && !by_sum ? digits_of_coefficients(r.z.cascade) : enough_digits;
+  if (designed && (!held || digits < least_digits)) return refuse(Message::poles_on_unit_circle);
+  if (digits < enough_digits)
+    design_notes.push_back(formatf("Poles or zeros lie so near the unit circle that the coefficients hold the response "
+                                   "to %d digits.",
+                                   static_cast<int>(std::max(digits, 0.0))));
   note_forms(found);
   if (by_sum)
     list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);

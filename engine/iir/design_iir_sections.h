@@ -11,8 +11,8 @@ namespace brisel {
 /// a message, when the order or the selectivity is out of limits or the filter cannot be held in double precision.
 bool design_iir_sections();
 
-/// Where the poles of the digital filter may lie. A design is refused when rounding has moved one out of the unit circle;
-/// an entered system may be unstable.
+/// Where the poles of the digital filter may lie. A design is refused when rounding has moved one out of the unit
+/// circle; an entered system may be unstable.
 enum class AcceptPoles { inside_only, anywhere };
 
 /// The second half of it: from the cascade in the record's `s_unnormalized` to `z` in all its forms. Used for entered

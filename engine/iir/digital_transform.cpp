@@ -108,4 +108,10 @@ void digital_transform(const SectionEntry &lowpass, SectionEntry &target, const 
   }
 }
 
+Complex lowpass_place(const FilterSpec &spec, double theta_p, Complex z) {
+  const Substitution g = substitution(spec, theta_p);
+  if (!g.two_poles) return g.sign * (z - g.beta) / (1.0 - g.beta * z);
+  return g.sign * ((z - g.beta) * z + g.gamma) / ((g.gamma * z - g.beta) * z + 1.0);
+}
+
 } // namespace brisel

@@ -3,11 +3,16 @@
 
 #include "engine/core/records.h"
 
+#include <complex>
+
 namespace brisel {
 
 /// Moves the parallel form of a digital lowpass with cutoff `theta_p` (radians per sample), as impulse_invariant_map()
 /// leaves it, to the band of the specification; its edges are the midpoints of the transitions. Terms of `target` are
 /// (0, n1, n0) / (1, a1, a2), two of them for a pair of a band filter, with what is constant in the direct term.
 void digital_transform(const SectionEntry &lowpass, SectionEntry &target, const FilterSpec &spec, double theta_p);
+
+/// The place of the lowpass whose value the moved filter has at `z`.
+std::complex<double> lowpass_place(const FilterSpec &spec, double theta_p, std::complex<double> z);
 
 } // namespace brisel

@@ -51,4 +51,31 @@ void impulse_invariant_map(const SectionEntry &s, SectionEntry &z, double step) 
   }
 }
 
+std::vector<std::complex<double>> impulse_invariant_values(const SectionEntry &s, double step,
+                                                           std::span<const std::complex<double>> z) {
+  using Real = long double;
+  using Complex = std::complex<Real>;
+  std::vector<Complex> sums(z.size(), Real(s.gain));
+  const Real t = step;
+  for (int i = 0; i < s.section_count; i++) {
+    const Real a = s.denominators[i][0], b = s.denominators[i][1], c = s.denominators[i][2];
+    const Real b0 = s.numerators[i][1], b1 = s.numerators[i][2];
+    if (a == 0 && b == 0) continue;
+    if (a == 0) {
+      const Real e = std::exp(-c / b * t);
+      for (std::size_t k = 0; k < z.size(); k++) sums[k] += t * b1 / b / (Real(1) - e / Complex(z[k]));
+      continue;
+    }
+    const Complex root = std::sqrt(Complex(b * b / 4 - a * c)) / a;
+    const Complex p1 = -b / (2 * a) + root, p2 = -b / (2 * a) - root;
+    const Complex e1 = std::exp(p1 * t), e2 = std::exp(p2 * t);
+    const Complex slope = root == Real(0) ? t * e1 : (e1 - e2) / (p1 - p2);
+    for (std::size_t k = 0; k < z.size(); k++) {
+      const Complex u = Real(1) / Complex(z[k]);
+      sums[k] += t / a * (b0 - u * (e1 * b0 - slope * (p1 * b0 + b1))) / ((Real(1) - e1 * u) * (Real(1) - e2 * u));
+    }
+  }
+  return {sums.begin(), sums.end()};
+}
+
 } // namespace brisel

@@ -2,6 +2,10 @@
 
 #include "engine/core/records.h"
 
+#include <complex>
+#include <span>
+#include <vector>
+
 namespace brisel {
 
 /// Step of the normalized prototype: `step` kept within 0.001 .. 0.01.
@@ -10,5 +14,10 @@ double normalized_step(double step);
 /// Maps a parallel form in s into the parallel form in z whose impulse response is `step` times the samples of the
 /// analog one; the direct term, an impulse in both, is carried over. A first-order term becomes (0, c, 0) / (0, 1, -e).
 void impulse_invariant_map(const SectionEntry &s, SectionEntry &z, double step);
+
+/// Values of that form at places `z` before its coefficients are rounded to doubles, which shows what the rounding
+/// costs: large terms cancel each other only as well as their coefficients fit together.
+std::vector<std::complex<double>> impulse_invariant_values(const SectionEntry &s, double step,
+                                                           std::span<const std::complex<double>> z);
 
 } // namespace brisel

@@ -385,7 +385,7 @@ TEST_F(DesignIirSections, TellsWhatTheUserShouldKnow) {
   EXPECT_TRUE(noted("ripples are only approximately"));
   ask(FilterType::low_pass, {1e-5}, {2e-5}, AnalogPrototype::elliptic, ZTransform::bilinear);
   ASSERT_TRUE(design_iir_sections());
-  EXPECT_TRUE(noted("digits of the analog filter"));
+  EXPECT_TRUE(noted("hold the response to"));
   ask(FilterType::low_pass, {0.6}, {0.8}, AnalogPrototype::butterworth, ZTransform::impulse_invariant, 3);
   ASSERT_TRUE(design_iir_sections());
   EXPECT_TRUE(noted("delay"));
