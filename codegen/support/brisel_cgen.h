@@ -1,8 +1,8 @@
 /* brisel_cgen.h - filter structures and routines for the C source that Brisel writes.
  *
- * Portable C99, also valid C++. Every routine filters n samples from x to y (x and y may be the same array) and keeps its
- * state in the structure, so that a signal may be handed over in blocks of any size. Element types are double for the
- * routines with "dbl" in their name and float for all others.
+ * Portable C99, also valid C++. Every routine filters n samples from x to y (x and y may be the same array) and keeps
+ * its state in the structure, so that a signal may be handed over in blocks of any size. Element types are double for
+ * the routines with "dbl" in their name and float for all others.
  */
 #ifndef BRISEL_CGEN_H
 #define BRISEL_CGEN_H

@@ -111,7 +111,9 @@ BRISEL_PARALLEL(float, par_float_fm1, 3, 2, BRISEL_TRANSPOSED)
 BRISEL_PARALLEL(float, par_blkfloat_fm1, 3, 3, BRISEL_TRANSPOSED_SCALED)
 
 #define BRISEL_RT2(T, INIT, FILTER)                                                                                    \
-  void INIT(RT2_filter *f) { BRISEL_CLEAR(T, f->buf, f->length); }                                                     \
+  void INIT(RT2_filter *f) {                                                                                           \
+    BRISEL_CLEAR(T, f->buf, f->length);                                                                                \
+  }                                                                                                                    \
   void FILTER(const void *x, void *y, int n, RT2_filter *f) {                                                          \
     const T *in = (const T *)x, *b = (const T *)f->num, *a = (const T *)f->den;                                        \
     T *out = (T *)y, *s = (T *)f->buf;                                                                                 \

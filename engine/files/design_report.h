@@ -1,5 +1,5 @@
-// design_report.h - the readable report of a run: specification, design before and after quantization, and on request the
-// tables of the responses.
+// design_report.h - the readable report of a run: specification, design before and after quantization, and on request
+// the tables of the responses.
 #pragma once
 
 #include "engine/core/design_state.h"
