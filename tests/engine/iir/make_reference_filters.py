@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes reference_filters.h: digital filters computed with SciPy and mpmath, for iir_prototype_test.cpp.
 
-    /usr/bin/python3 make_reference_filters.py > reference_filters.h      (SciPy 1.10.1, mpmath 1.2.1)
+    python3 make_reference_filters.py > reference_filters.h      (SciPy 1.10.1, mpmath 1.2.1)
 
 Butterworth, Tschebyscheff, inverse Tschebyscheff and Bessel prototypes are scipy.signal's. Elliptic ones are
 Jacobi elliptic functions in 40 digits, because scipy.signal.ellipap takes the attenuation instead of the selectivity;
