@@ -10,6 +10,8 @@ namespace brisel {
 
 inline constexpr int max_frequency_points = 10001;
 inline constexpr int max_time_points = 32002;
+inline constexpr int default_frequency_points = 1001;
+inline constexpr int default_time_points = 200;
 inline constexpr int min_time_samples = 600; // the time arrays are always filled to at least this many
 inline constexpr int max_interpolated_points = 300;
 inline constexpr int max_fir_zero_taps = 512; // longer FIR filters have their zeros left uncomputed

@@ -52,6 +52,7 @@ namespace brisel {
   X(partial_fractions_lost, 940)                                                                                       \
   X(poles_on_unit_circle, 941)                                                                                         \
   X(system_has_no_form, 956)                                                                                           \
+  X(unknown_kind_of_file, 960)                                                                                         \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)

@@ -93,8 +93,8 @@ void set_start_values() {
   quantization_settings.op_steps = 100;
   quantization_settings.ibit = 16;
   quantization_settings.qtype = 1;
-  plot_settings.nfpts = 1001;
-  plot_settings.dnimp = 200;
+  plot_settings.nfpts = default_frequency_points;
+  plot_settings.dnimp = default_time_points;
   plot_settings.ninterp = max_interpolated_points;
   plot_settings.sgrid = 1;
   plot_settings.cpanz = 1;

@@ -13,7 +13,9 @@ TEST(CommandLine, HelpAndVersionAreTextsOnStandardOutput) {
     const char *holds;
   };
   const Row rows[]{
+#ifndef BRISEL_PICTURES // else the workstation
       {"", 2, "Usage:"},
+#endif
       {"--help", 0, "brisel design FILE.spc"},
       {"-h", 0, "Usage:"},
       {"--version", 0, "brisel " BRISEL_VERSION "\n"},

@@ -1,0 +1,28 @@
+#include "gui/dialogs/help.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace brisel {
+
+void show_help(const QString &name, QWidget *dialog) {
+  QFile page(":/help/" + name + ".md");
+  if (!page.open(QIODevice::ReadOnly)) return;
+  auto *window = new QDialog(dialog); // a child of the modal dialog stays in reach while that is open
+  window->setAttribute(Qt::WA_DeleteOnClose);
+  window->setWindowTitle("Help");
+  auto *browser = new QTextBrowser(window);
+  browser->setMarkdown(QString::fromUtf8(page.readAll()));
+  auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
+  auto *layout = new QVBoxLayout(window);
+  layout->addWidget(browser);
+  layout->addWidget(buttons);
+  window->resize(560, 480);
+  window->show();
+}
+
+} // namespace brisel

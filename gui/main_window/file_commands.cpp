@@ -1,0 +1,94 @@
+// file_commands.cpp - the commands of the File menu, and loading.
+#include "engine/core/design_state.h"
+#include "engine/files/coefficient_file.h"
+#include "engine/files/spec_file.h"
+#include "gui/main_window/brisel_app.h"
+#include "gui/main_window/printing.h"
+#include "gui/main_window/recent_files.h"
+#include "gui/main_window/text_viewer.h"
+
+#include <QFileInfo>
+
+namespace brisel {
+
+void cBriselApp::load_file(const QString &path) {
+  const QString extension = QFileInfo(path).suffix().toLower();
+  if (extension == "spc")
+    load_specification(path);
+  else if (extension == "inp")
+    load_system(path);
+  else if (extension == "flt")
+    load_coefficients(path);
+  else
+    post_message(Message::unknown_kind_of_file, path.toStdString());
+}
+
+void cBriselApp::load_specification(const QString &path) {
+  const Status result = load_filter_spec(path.toStdString());
+  if (result == cannot_open) return post_message(Message::cannot_read_file, path.toStdString());
+  if (result != success) return; // told by the reader
+  remember(FileCommand::load_specification, path);
+  design_state.FrequencyMode = current_spec->unit == 'R';
+  design_by(DesignMethod{design_state.DesignOrAnalysisType});
+}
+
+void cBriselApp::load_system(const QString &) {
+  post_message(Message::command_not_available);
+}
+
+void cBriselApp::load_coefficients(const QString &path) {
+  if (load_coefficient_file(path.toStdString()) != success)
+    return post_message(Message::coefficient_file_refused, path.toStdString());
+  const Status converted = analyze_coefficient_file();
+  release_coefficient_file();
+  if (converted != success) return; // told by the engine
+  remember(FileCommand::load_coefficients, path);
+  start_analysis();
+}
+
+void cBriselApp::remember(FileCommand command, const QString &path) {
+  files.remember(command, path);
+  remember_recent_file(path);
+}
+
+void cBriselApp::File_LoadSpecifications() {
+  const QString path = files.open(this, FileCommand::load_specification);
+  if (!path.isEmpty()) load_specification(path);
+}
+
+void cBriselApp::File_LoadSystemAnalysis() {
+  const QString path = files.open(this, FileCommand::load_system);
+  if (!path.isEmpty()) load_system(path);
+}
+
+void cBriselApp::File_LoadFilterCoefficients() {
+  const QString path = files.open(this, FileCommand::load_coefficients);
+  if (!path.isEmpty()) load_coefficients(path);
+}
+
+void cBriselApp::File_Print() {
+  if (!has_result()) return post_message(Message::nothing_to_print);
+  printing = true;
+  print_plots(*this);
+  printing = false;
+  front.announce("Ready");
+}
+
+void cBriselApp::File_SystemSettings() {
+  post_message(Message::command_not_available);
+}
+
+void cBriselApp::File_UserInformation() {
+  post_message(Message::command_not_available);
+}
+
+void cBriselApp::File_AboutBrisel() {
+  post_message(Message::about);
+}
+
+void cBriselApp::View_ViewFilterFile() {
+  const QString path = files.open(this, FileCommand::view_file);
+  if (!path.isEmpty()) show_text_file(path, this);
+}
+
+} // namespace brisel

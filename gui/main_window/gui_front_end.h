@@ -1,0 +1,36 @@
+// gui_front_end.h - the engine's front end in the workstation: dialogs, status bar, message boxes.
+#pragma once
+
+#include "engine/core/front_end.h"
+
+#include <QElapsedTimer>
+
+namespace brisel {
+
+class cBriselApp;
+
+class GuiFrontEnd : public FrontEnd {
+public:
+  explicit GuiFrontEnd(cBriselApp &window);
+  ~GuiFrontEnd();
+
+  /// The run that is going on, if any, ends at its next report.
+  void stop() { stop_pressed = true; }
+
+  PageResult run_page(Page page) override;
+  void announce(std::string_view text) override;
+  void post_message(Message number, std::string_view detail) override;
+  void show_text(std::string_view text) override;
+  void reader_complaint(std::string_view text) override;
+  bool progress(double fraction) override;
+  void refresh_plots() override;
+
+private:
+  cBriselApp &window;
+  QElapsedTimer since_start; // of the run
+  QElapsedTimer since_events;
+  bool shows_progress = false;
+  bool stop_pressed = false;
+};
+
+} // namespace brisel

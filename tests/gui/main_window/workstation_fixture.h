@@ -1,0 +1,116 @@
+// workstation_fixture.h - a workstation in a folder of its own, with somebody who answers its dialogs.
+#pragma once
+
+#include "engine/core/design_state.h"
+#include "gui/main_window/brisel_app.h"
+#include "gui/main_window/brisel_mdi_child.h"
+#include "tests/batch/run_brisel.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+
+namespace brisel {
+
+/// Answers modal windows as they open: message boxes are read and closed, file dialogs get the next of `file_names` or
+/// are cancelled, other dialogs go to `answer`, which closes them.
+class DialogAnswerer {
+public:
+  DialogAnswerer() {
+    QObject::connect(&timer, &QTimer::timeout, [this] { look(); });
+    timer.start(5);
+  }
+
+  QStringList messages; // texts of message boxes
+  QStringList captions; // of all modal windows
+  std::deque<QString> file_names;
+  std::function<void(QDialog &)> answer = [](QDialog &dialog) { dialog.reject(); };
+  QMessageBox::StandardButton button = QMessageBox::Ok; // of boxes that have it
+
+private:
+  void look() {
+    if (QWidget *menu = QApplication::activePopupWidget()) {
+      menu->close();
+      return;
+    }
+    auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+    if (!dialog || !dialog->isVisible()) return;
+    if (captions.isEmpty() || captions.last() != dialog->windowTitle()) captions.append(dialog->windowTitle());
+    if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
+      messages.append(box->text());
+      QAbstractButton *pressed = box->button(button);
+      pressed ? pressed->click() : box->accept();
+    } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
+      if (file_names.empty()) return files->reject();
+      files->selectFile(file_names.front());
+      QMetaObject::invokeMethod(files, "accept");
+      if (!files->isVisible()) file_names.pop_front(); // else it is still reading its folder
+    } else {
+      answer(*dialog);
+    }
+  }
+
+  QTimer timer;
+};
+
+class WorkstationTest : public testing::Test {
+protected:
+  void SetUp() override {
+    ASSERT_EQ(::chdir(folder.path("").c_str()), 0);
+    setenv("XDG_CONFIG_HOME", folder.path("config").c_str(), 1);
+    open();
+  }
+  void TearDown() override {
+    window.reset();
+    ASSERT_EQ(::chdir("/"), 0);
+  }
+
+  void open() {
+    window = std::make_unique<cBriselApp>();
+    window->resize(1280, 800);
+    window->show();
+    QCoreApplication::processEvents();
+  }
+  void close() {
+    window->close();
+    window.reset();
+  }
+
+  static std::string example(const std::string &name) { return BRISEL_SOURCE_DIR "/examples/" + name; }
+  QString at(const std::string &name) const { return QString::fromStdString(folder.path(name)); }
+  /// Designs examples/lowpass.spc by the window method.
+  void design_lowpass() {
+    design_state.DesignOrAnalysisType = code(DesignMethod::window);
+    window->load_file(QString::fromStdString(example("lowpass.spc")));
+    ASSERT_TRUE(window->has_result());
+    QCoreApplication::processEvents();
+  }
+  /// A plot window that has been drawn.
+  cBriselMdiChild &plot(PlotKind kind) {
+    cBriselMdiChild &child = *window->plot_window(kind);
+    if (child.last_layout().is_empty()) child.grab(); // lays it out
+    return child;
+  }
+  QAction *menu_item(const QString &text) {
+    for (QAction *action : window->menuBar()->findChildren<QAction *>())
+      if (action->text() == text) return action;
+    return nullptr;
+  }
+
+  Workshop folder;
+  DialogAnswerer dialogs;
+  std::unique_ptr<cBriselApp> window;
+};
+
+} // namespace brisel
