@@ -167,11 +167,15 @@ bool GetOptionalPhaseEqualizationData() {
 
 void design_filter() {
   SetFilterDesignType();
+  const auto went_back = [] { return status == static_cast<int>(PageResult::back); };
   do {
-    if (!GetFilterParameters()) return;
-  } while (status == static_cast<int>(PageResult::back));
-  current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
-  if (!GetOptionalFilterCompensationData() || !GetOptionalPhaseEqualizationData()) return;
+    do {
+      if (!GetFilterParameters()) return;
+    } while (went_back());
+    current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
+    if (!GetOptionalFilterCompensationData()) return;
+    if (!went_back() && !GetOptionalPhaseEqualizationData()) return;
+  } while (went_back());
 
   if (const auto complaint = check_spec(*current_spec))
     return post_message(Message::impossible_specification, complaint->reason);

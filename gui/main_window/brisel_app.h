@@ -153,9 +153,8 @@ private:
   void load_coefficients(const QString &path);
   /// A file was loaded or written: the next dialog of the command begins there.
   void remember(FileCommand command, const QString &path);
-  /// Goes through the method dialog to the design; refuses a method that the filter type cannot have.
-  void design_by(DesignMethod method);
-  void start_design();
+  /// Runs the pages and the design. When a page is cancelled, the selections are those before the command again.
+  void start_design(DesignState selections_before);
   void start_analysis();
   /// False, after message 209, when there is neither a design nor an analysis.
   bool needs_result() const;

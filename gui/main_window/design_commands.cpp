@@ -1,10 +1,14 @@
 // design_commands.cpp - the commands that design and analyse, and those that show a result as numbers.
 #include "engine/core/design_driver.h"
-#include "engine/core/method_rule.h"
 #include "gui/dialogs/cPlotControlDialogImpl.h"
+#include "gui/dialogs/design_dialogs.h"
+#include "gui/dialogs/option_dialogs.h"
+#include "gui/dialogs/result_texts.h"
+#include "gui/dialogs/text_view_dialog.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/brisel_mdi_child.h"
 
+#include <memory>
 #include <new>
 
 namespace brisel {
@@ -30,9 +34,18 @@ constexpr std::array option_of_position{
 
 } // namespace
 
-void cBriselApp::start_design() {
+// A cancelled run leaves no trace in the selections and specifications.
+void cBriselApp::start_design(DesignState selections_before) {
   try {
+    const auto specifications_before = std::make_unique<std::array<FilterSpec, filter_type_count>>(spec);
+    FilterSpec *const current_before = current_spec;
+    front.forget_pages();
     design_filter();
+    if (front.was_cancelled()) {
+      spec = *specifications_before;
+      current_spec = current_before;
+      design_state = selections_before;
+    }
   } catch (const std::bad_alloc &) {
     design_record.valid = 0;
     front.announce("Ready");
@@ -44,19 +57,20 @@ void cBriselApp::start_analysis() {
   post_message(Message::command_not_available);
 }
 
-void cBriselApp::design_by(DesignMethod method) {
-  if (ruled_method(code(method), design_state.filter_type) != code(method))
-    return post_message(Message::method_not_available, filter_types[design_state.filter_type].dialog_name);
-  design_state.DesignOrAnalysisType = code(method);
-  start_design();
-}
-
 void cBriselApp::Design_IIR() {
-  design_by(DesignMethod::iir);
+  const DesignState before = design_state;
+  if (cIirDesignDialogImpl(this).exec() != QDialog::Accepted) return;
+  design_state.DesignOrAnalysisType = code(DesignMethod::iir);
+  start_design(before);
 }
 
 void cBriselApp::Design_FIR(int position) {
-  design_by(DesignMethod{static_cast<std::int8_t>(position)});
+  const DesignState before = design_state;
+  const std::string_view name = design_methods[static_cast<std::size_t>(position)].name;
+  cFirDesignDialogImpl dialog(this, QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+  if (dialog.exec() != QDialog::Accepted) return;
+  design_state.DesignOrAnalysisType = static_cast<std::int8_t>(position);
+  start_design(before);
 }
 
 void cBriselApp::Design_PoleZeroDesign() {
@@ -64,8 +78,9 @@ void cBriselApp::Design_PoleZeroDesign() {
 }
 
 void cBriselApp::FilterMenuActivated(int position) {
+  const DesignState before = design_state;
   design_state.filter_type = code(filter_of_position[static_cast<std::size_t>(position)]);
-  start_design();
+  start_design(before);
 }
 
 void cBriselApp::Filter_Special_PhaseShift() {
@@ -73,7 +88,7 @@ void cBriselApp::Filter_Special_PhaseShift() {
 }
 
 void cBriselApp::Filter_StartDesign() {
-  start_design();
+  start_design(design_state);
 }
 
 void cBriselApp::Analysis_ZDomain(int position) {
@@ -136,17 +151,28 @@ bool cBriselApp::is_iir_design() const {
   return has_result() && design_record.selections.DesignOrAnalysisType == code(DesignMethod::iir);
 }
 
-void cBriselApp::View_IirData(int) {
-  post_message(is_iir_design() ? Message::command_not_available : Message::needs_iir_design);
+void cBriselApp::View_IirData(int position) {
+  if (!is_iir_design()) return post_message(Message::needs_iir_design);
+  constexpr int first_position = 3; // behind the bars and a separator
+  constexpr std::array captions{"IIR Normalized S Domain Data", "IIR Denormalized S Domain Data",
+                                "IIR Unquantized Z Domain Data", "IIR Quantized Z Domain Data"};
+  const int view = position - first_position;
+  TextViewDialog(this, "cIirViewDataDialog", captions[static_cast<std::size_t>(view)],
+                 iir_data_text(design_record, IirView{view}))
+      .exec();
 }
 
 void cBriselApp::View_IIRQuantizationAnalysis() {
-  post_message(is_iir_design() ? Message::command_not_available : Message::needs_iir_for_quantization);
+  if (!is_iir_design()) return post_message(Message::needs_iir_for_quantization);
+  TextViewDialog(this, "cIirQuantAnalysisDialog", "IIR Quantization Analysis",
+                 quantization_analysis_text(design_record))
+      .exec();
 }
 
 void cBriselApp::View_FIRCoefficients() {
-  const bool fir = has_result() && is_fir_method(design_record.selections.DesignOrAnalysisType);
-  post_message(fir ? Message::command_not_available : Message::needs_fir_design);
+  if (!has_result() || !is_fir_method(design_record.selections.DesignOrAnalysisType))
+    return post_message(Message::needs_fir_design);
+  TextViewDialog(this, "cFirCoeffView", "FIR Coefficients - View Only", fir_coefficients_text(design_record)).exec();
 }
 
 void cBriselApp::Output_PlotControl() {
@@ -160,7 +186,7 @@ void cBriselApp::Output_SnaptoGrid() {
 }
 
 void cBriselApp::Output_Quantization() {
-  post_message(Message::command_not_available);
+  cQuantizationDialogImpl(this).exec();
 }
 
 } // namespace brisel

@@ -2,6 +2,7 @@
 #include "engine/core/design_state.h"
 #include "engine/files/coefficient_file.h"
 #include "engine/files/spec_file.h"
+#include "gui/dialogs/option_dialogs.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/printing.h"
 #include "gui/main_window/recent_files.h"
@@ -29,7 +30,8 @@ void cBriselApp::load_specification(const QString &path) {
   if (result != success) return; // told by the reader
   remember(FileCommand::load_specification, path);
   design_state.FrequencyMode = current_spec->unit == 'R';
-  design_by(DesignMethod{design_state.DesignOrAnalysisType});
+  const int method = design_state.DesignOrAnalysisType;
+  is_fir_method(method) ? Design_FIR(method) : Design_IIR();
 }
 
 void cBriselApp::load_system(const QString &) {
@@ -75,11 +77,11 @@ void cBriselApp::File_Print() {
 }
 
 void cBriselApp::File_SystemSettings() {
-  post_message(Message::command_not_available);
+  cSystemSettingsDialogImpl(this, exit_mode).exec();
 }
 
 void cBriselApp::File_UserInformation() {
-  post_message(Message::command_not_available);
+  cUserInfoDialogImpl(this).exec();
 }
 
 void cBriselApp::File_AboutBrisel() {

@@ -1,6 +1,7 @@
 #include "gui/main_window/gui_front_end.h"
 
 #include "engine/core/messages.h"
+#include "gui/dialogs/design_pages.h"
 #include "gui/main_window/brisel_app.h"
 
 #include <QCoreApplication>
@@ -38,9 +39,10 @@ GuiFrontEnd::~GuiFrontEnd() {
   front_end = nullptr;
 }
 
-// Pages without a dialog leave the settings in force.
-PageResult GuiFrontEnd::run_page(Page) {
-  return PageResult::next;
+PageResult GuiFrontEnd::run_page(Page page) {
+  const PageResult result = run_design_page(page, &window);
+  page_cancelled = result == PageResult::cancelled;
+  return result;
 }
 
 void GuiFrontEnd::announce(std::string_view text) {

@@ -17,6 +17,10 @@ public:
   /// The run that is going on, if any, ends at its next report.
   void stop() { stop_pressed = true; }
 
+  /// Whether the user cancelled the last page of a run.
+  bool was_cancelled() const { return page_cancelled; }
+  void forget_pages() { page_cancelled = false; }
+
   PageResult run_page(Page page) override;
   void announce(std::string_view text) override;
   void post_message(Message number, std::string_view detail) override;
@@ -31,6 +35,7 @@ private:
   QElapsedTimer since_events;
   bool shows_progress = false;
   bool stop_pressed = false;
+  bool page_cancelled = false;
 };
 
 } // namespace brisel

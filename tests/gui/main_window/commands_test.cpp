@@ -87,15 +87,6 @@ TEST_F(WorkstationTest, MenuPositionsStandForTheirCodes) {
   }
 }
 
-TEST_F(WorkstationTest, AMethodThatTheTypeCannotHaveIsRefused) {
-  design_lowpass();
-  design_state.filter_type = code(FilterType::multiband);
-  window->Design_IIR();
-  ASSERT_EQ(dialogs.messages.size(), 1);
-  EXPECT_TRUE(dialogs.messages[0].startsWith("Multiband Filter"));
-  EXPECT_EQ(design_state.DesignOrAnalysisType, code(DesignMethod::window));
-}
-
 TEST_F(WorkstationTest, TheWindowMenuListsTheVisiblePlots) {
   QMenu *menu = window->menuBar()->actions().last()->menu();
   const auto texts = [&] {

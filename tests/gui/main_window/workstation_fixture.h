@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
@@ -24,7 +25,7 @@
 namespace brisel {
 
 /// Answers modal windows as they open: message boxes are read and closed, file dialogs get the next of `file_names` or
-/// are cancelled, other dialogs go to `answer`, which closes them.
+/// are cancelled, other dialogs go to `answer`, which goes on through the pages of a run and cancels what is no page.
 class DialogAnswerer {
 public:
   DialogAnswerer() {
@@ -35,7 +36,10 @@ public:
   QStringList messages; // texts of message boxes
   QStringList captions; // of all modal windows
   std::deque<QString> file_names;
-  std::function<void(QDialog &)> answer = [](QDialog &dialog) { dialog.reject(); };
+  std::function<void(QDialog &)> answer = [](QDialog &dialog) {
+    auto *next = dialog.findChild<QPushButton *>("pNext_Button");
+    next && next->isEnabled() ? next->click() : dialog.reject();
+  };
   QMessageBox::StandardButton button = QMessageBox::Ok; // of boxes that have it
 
 private:

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QTimer>
 
@@ -17,6 +18,8 @@ bool seen_by_the_program = false;
 void watch() {
   auto *timer = new QTimer(qApp);
   QObject::connect(timer, &QTimer::timeout, [polls = 0]() mutable {
+    if (QWidget *page = QApplication::activeModalWidget())
+      if (auto *next = page->findChild<QAbstractButton *>("pNext_Button")) next->click();
     seen_by_the_program = design_record.valid && design_record.fir.length > 10;
     if (seen_by_the_program || ++polls > 1000) QApplication::closeAllWindows();
   });

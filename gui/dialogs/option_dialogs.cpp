@@ -1,0 +1,90 @@
+#include "gui/dialogs/option_dialogs.h"
+
+#include "engine/core/design_state.h"
+#include "engine/core/trace.h"
+#include "gui/dialogs/design_dialogs.h"
+
+namespace brisel {
+
+namespace {
+
+constexpr int fewest_bits = 2, most_bits = 52; // of a double's 53 one is the sign's place
+constexpr int shortest_number = 14;            // first item of the length box
+constexpr int longest_name = 80;               // stands in one line of the setup file
+
+} // namespace
+
+cQuantizationDialogImpl::cQuantizationDialogImpl(QWidget *parent) : SequencePage(parent, "quantization") {
+  setupUi(this);
+  const QuantizationSettings &q = quantization_settings;
+  choose_button(*this, "Switch", q.quant ? 0 : 1);
+  choose_button(*this, "Type", q.qtype ? 1 : 0);
+  pNumBits_Edit->setText(QString::number(q.ibit));
+  pNumOpts_Edit->setText(QString::number(q.op_num));
+  choose_button(*this, "Optimize", 1);
+  for (QWidget *widget : std::initializer_list<QWidget *>{pOptimize0_Button, pOptimize1_Button, pNumOpts_Edit}) {
+    widget->setEnabled(false);
+    widget->setToolTip("FIR coefficients are rounded one by one; there is no optimization yet.");
+  }
+  choose_button(*this, "Cascade", q.rtype1);
+  pParallel_Button->setChecked(true);
+  choose_button(*this, "Scaling", design_state.GainOption);
+  begin();
+}
+
+void cQuantizationDialogImpl::read() {
+  bits = whole_number_in(pNumBits_Edit, fewest_bits, most_bits).value_or(0);
+  const bool fixed = chosen_button(*this, "Switch") == 0 && chosen_button(*this, "Type") == 1;
+  pCascade2_Button->setEnabled(!fixed);
+  pCascade3_Button->setEnabled(!fixed);
+  if (fixed && chosen_button(*this, "Cascade") > code(SectionStructure::canonic)) {
+    const int chosen = chosen_button(*this, "Cascade");
+    findChild<QRadioButton *>(QString("pCascade%1_Button").arg(chosen))->setEnabled(true);
+    mark(findChild<QRadioButton *>(QString("pCascade%1_Button").arg(chosen)),
+         "The chosen structure of cascaded sections exists in floating point only.");
+  }
+}
+
+void cQuantizationDialogImpl::store() {
+  QuantizationSettings &q = quantization_settings;
+  q.quant = chosen_button(*this, "Switch") == 0;
+  q.qtype = chosen_button(*this, "Type") == 1;
+  q.ibit = bits;
+  q.rtype1 = chosen_button(*this, "Cascade");
+  design_state.GainOption = static_cast<std::uint8_t>(chosen_button(*this, "Scaling"));
+}
+
+cSystemSettingsDialogImpl::cSystemSettingsDialogImpl(QWidget *parent, ExitMode &mode)
+    : SequencePage(parent, "system-settings"), exit_mode(mode) {
+  setupUi(this);
+  choose_button(*this, "Debug", trace_on);
+  choose_button(*this, "Exit", static_cast<int>(exit_mode));
+  pView_Box->setChecked(design_state.fview != 0);
+  pLengthIIR_Box->setCurrentIndex(design_state.fleng - shortest_number);
+  begin();
+}
+
+void cSystemSettingsDialogImpl::store() {
+  trace_on = static_cast<std::uint8_t>(chosen_button(*this, "Debug"));
+  exit_mode = ExitMode{chosen_button(*this, "Exit")};
+  design_state.fview = pView_Box->isChecked();
+  design_state.fleng = static_cast<std::int8_t>(shortest_number + pLengthIIR_Box->currentIndex());
+}
+
+cUserInfoDialogImpl::cUserInfoDialogImpl(QWidget *parent) : SequencePage(parent, "user-information") {
+  setupUi(this);
+  for (QLineEdit *edit : {pUser_Edit, pCompany_Edit}) {
+    edit->setMaxLength(longest_name);
+    connect(pDefault_Button, &QPushButton::clicked, edit, &QLineEdit::clear);
+  }
+  pUser_Edit->setText(QString::fromStdString(workplace_names.user_name));
+  pCompany_Edit->setText(QString::fromStdString(workplace_names.co_name));
+  begin();
+}
+
+void cUserInfoDialogImpl::store() {
+  workplace_names.user_name = pUser_Edit->text().trimmed().toStdString();
+  workplace_names.co_name = pCompany_Edit->text().trimmed().toStdString();
+}
+
+} // namespace brisel

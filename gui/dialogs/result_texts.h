@@ -1,0 +1,20 @@
+// result_texts.h - the numbers of a result as the View commands show them.
+#pragma once
+
+#include "engine/core/design_state.h"
+
+#include <string>
+
+namespace brisel {
+
+/// The four sets of IIR data.
+enum class IirView { normalized_s, denormalized_s, unquantized_z, quantized_z };
+
+/// Every form that the set has: sections, ratio, poles and zeros.
+std::string iir_data_text(const DesignRecord &record, IirView view);
+/// Peaks of the nodes before and after scaling, round-off noise, and the bits that it costs.
+std::string quantization_analysis_text(const DesignRecord &record);
+/// All taps before and after quantization.
+std::string fir_coefficients_text(const DesignRecord &record);
+
+} // namespace brisel

@@ -1,0 +1,164 @@
+#include "gui/dialogs/sequence_page.h"
+
+#include "engine/core/design_state.h"
+#include "engine/files/text_file.h"
+#include "gui/dialogs/help.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
+
+namespace brisel {
+
+namespace {
+
+// Behind every column of fields; grids of forms are narrower.
+constexpr int unit_column = 10;
+constexpr int reason_column = 11;
+constexpr int reason_width = 40; // average characters
+constexpr int field_width = 12;
+
+QGridLayout *grid_of(const QWidget *dialog, QWidget *field, int &row) {
+  for (QGridLayout *grid : dialog->findChildren<QGridLayout *>()) {
+    const int index = grid->indexOf(field);
+    if (index < 0) continue;
+    int column = 0, rows = 0, columns = 0;
+    grid->getItemPosition(index, &row, &column, &rows, &columns);
+    return grid;
+  }
+  return nullptr;
+}
+
+void show_mark(QWidget *field, const QString &reason) {
+  field->setToolTip(reason);
+  field->setStyleSheet(reason.isEmpty() ? "" : "QLineEdit, QTableWidget, QComboBox { border: 2px solid #c02020; }");
+}
+
+} // namespace
+
+QString shown(double value) {
+  return QString::fromStdString(formatf("%.10g", value));
+}
+
+QString shown_frequency(double value) {
+  return shown(value * design_state.unit_factor_inverse);
+}
+
+QString frequency_unit() {
+  return design_state.FrequencyMode ? "rad/s" : "Hz";
+}
+
+QPushButton *SequencePage::accept_button() const {
+  for (const char *name : {"pNext_Button", "pOk_Button", "pAccept_Button"})
+    if (auto *button = findChild<QPushButton *>(name)) return button;
+  return nullptr;
+}
+
+void SequencePage::begin() {
+  if (auto *button = findChild<QPushButton *>("pPrev_Button"))
+    connect(button, &QPushButton::clicked, this, &SequencePage::Previous);
+  if (auto *button = findChild<QPushButton *>("pHelp_Button"))
+    connect(button, &QPushButton::clicked, this, &SequencePage::Help);
+  for (QLineEdit *edit : findChildren<QLineEdit *>()) {
+    edit->setMinimumWidth(field_width * edit->fontMetrics().averageCharWidth());
+    connect(edit, &QLineEdit::textChanged, this, &SequencePage::check);
+  }
+  for (QComboBox *box : findChildren<QComboBox *>())
+    connect(box, &QComboBox::currentIndexChanged, this, &SequencePage::check);
+  for (QAbstractButton *button : findChildren<QAbstractButton *>())
+    if (button->isCheckable()) connect(button, &QAbstractButton::toggled, this, &SequencePage::check);
+  for (QTableWidget *table : findChildren<QTableWidget *>())
+    connect(table, &QTableWidget::itemChanged, this, &SequencePage::check);
+  check();
+}
+
+void SequencePage::check() {
+  if (checking) return; // a check that corrects a widget is told about it
+  checking = true;
+  for (const auto &[field, label] : reasons) {
+    show_mark(field, {});
+    if (label) label->clear();
+  }
+  right = true;
+  read();
+  if (QPushButton *button = accept_button()) button->setEnabled(right);
+  checking = false;
+}
+
+QLabel *SequencePage::reason_label(QWidget *field) {
+  if (auto *shared = findChild<QLabel *>("pProblem_Label")) {
+    shared->setWordWrap(true);
+    return shared;
+  }
+  int row = 0;
+  QGridLayout *grid = grid_of(this, field, row);
+  if (!grid) return nullptr;
+  if (QLayoutItem *present = grid->itemAtPosition(row, reason_column)) return qobject_cast<QLabel *>(present->widget());
+  auto *label = new QLabel(field->parentWidget());
+  label->setWordWrap(true);
+  label->setMinimumWidth(reason_width * label->fontMetrics().averageCharWidth());
+  grid->addWidget(label, row, reason_column);
+  return label;
+}
+
+void SequencePage::mark(QWidget *field, const QString &reason) {
+  const bool first = right;
+  right = false;
+  QLabel *&label = reasons.try_emplace(field, nullptr).first->second;
+  if (!label) label = reason_label(field);
+  if (!label) return;
+  show_mark(field, reason);
+  if (!first && !label->text().isEmpty()) return;
+  label->setTextFormat(Qt::PlainText);
+  label->setText(reason);
+  label->setStyleSheet("color: #c02020");
+}
+
+std::optional<double> SequencePage::number_in(QLineEdit *edit) {
+  const std::string text = edit->text().trimmed().toStdString();
+  std::size_t used = 0;
+  const auto value = parse_number(text, &used);
+  if (value && used == text.size()) return value;
+  mark(edit, text.empty() ? "a number is needed" : "not a number");
+  return std::nullopt;
+}
+
+std::optional<int> SequencePage::whole_number_in(QLineEdit *edit, int lowest, int highest, bool may_be_empty) {
+  const QString text = edit->text().trimmed();
+  if (text.isEmpty() && may_be_empty) return std::nullopt;
+  bool good = false;
+  const int value = text.toInt(&good);
+  if (good && value >= lowest && value <= highest) return value;
+  mark(edit, QString("a whole number from %1 to %2").arg(lowest).arg(highest));
+  return std::nullopt;
+}
+
+int SequencePage::length_in(QLineEdit *edit, int estimate) {
+  const int length = whole_number_in(edit, min_taps, max_taps, true).value_or(0);
+  return length == estimate && !edit->isModified() ? 0 : length;
+}
+
+void SequencePage::add_unit(QLineEdit *edit, const QString &unit) {
+  int row = 0;
+  QGridLayout *grid = grid_of(this, edit, row);
+  if (!grid || grid->itemAtPosition(row, unit_column)) return;
+  grid->addWidget(new QLabel(unit, edit->parentWidget()), row, unit_column);
+  reason_label(edit); // keeps its place
+}
+
+void SequencePage::accept() {
+  check();
+  if (!right) return;
+  store();
+  QDialog::accept();
+}
+
+void SequencePage::Help() {
+  show_help(help_page, this);
+}
+
+} // namespace brisel

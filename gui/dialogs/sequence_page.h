@@ -1,0 +1,74 @@
+// sequence_page.h - what every page of a design run has in common: Next, Prev, Help and Cancel, and checks while the
+// user types.
+#pragma once
+
+#include <QDialog>
+
+#include <map>
+#include <optional>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace brisel {
+
+/// Result of a page besides QDialog::Accepted and QDialog::Rejected: the driver opens the earlier page again. The
+/// three are the numbers of PageResult.
+inline constexpr int page_back = 3;
+
+/// A page reads its widgets into values of its own whenever one of them changes; what is wrong is marked with its
+/// reason, and Next stays disabled until nothing is. Only Next stores the values in the engine.
+///
+/// Reasons stand beside their fields, or below them in `pProblem_Label` on pages that are grids of fields.
+class SequencePage : public QDialog {
+  Q_OBJECT
+
+public Q_SLOTS:
+  void accept() override;
+  void Previous() { done(page_back); }
+  void Help();
+
+protected:
+  SequencePage(QWidget *parent, const char *help_page) : QDialog(parent), help_page(help_page) {}
+
+  /// To be called at the end of the constructor: watches every input widget and checks for the first time.
+  void begin();
+  /// Checks the page again.
+  void check();
+  bool is_right() const { return right; }
+
+  /// Reads the widgets into the page's values and marks what is wrong.
+  virtual void read() = 0;
+  /// Puts the values, which are right, where the engine finds them.
+  virtual void store() = 0;
+
+  /// Shows `field` as wrong. Of several reasons the first stands.
+  void mark(QWidget *field, const QString &reason);
+  /// Nothing, and a mark, when there is no number in the field.
+  std::optional<double> number_in(QLineEdit *edit);
+  /// The same for a whole number in a range; an empty field is nothing without a mark where that is allowed.
+  std::optional<int> whole_number_in(QLineEdit *edit, int lowest, int highest, bool may_be_empty = false);
+  /// The length to design: an estimate that the user left as it was is 0, so that it follows the next specification.
+  int length_in(QLineEdit *edit, int estimate);
+  /// A unit behind a field that stands in a grid.
+  void add_unit(QLineEdit *edit, const QString &unit);
+
+private:
+  QLabel *reason_label(QWidget *field);
+  QPushButton *accept_button() const;
+
+  const char *help_page;
+  std::map<QWidget *, QLabel *> reasons; // by field; fields of one row share a label
+  bool right = false;
+  bool checking = false;
+};
+
+/// A number as fields show it.
+QString shown(double value);
+/// A frequency in radians per second in the unit of the session.
+QString shown_frequency(double value);
+/// The unit's short name.
+QString frequency_unit();
+
+} // namespace brisel

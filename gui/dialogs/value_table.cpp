@@ -1,0 +1,134 @@
+#include "gui/dialogs/value_table.h"
+
+#include "engine/files/text_file.h"
+#include "gui/dialogs/sequence_page.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QShortcut>
+#include <QTableWidget>
+
+#include <set>
+
+namespace brisel {
+
+namespace {
+
+std::optional<double> number(const QString &word) {
+  const std::string text = word.trimmed().toStdString();
+  std::size_t used = 0;
+  const auto value = parse_number(text, &used);
+  return used == text.size() ? value : std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::vector<std::vector<double>>> rows_of_numbers(const QString &text, int columns, QString &why) {
+  static const QRegularExpression separators("\\s*[\\t;,]\\s*|\\s+");
+  std::vector<std::vector<double>> rows;
+  const QStringList lines = text.split(QRegularExpression("\r\n|\n|\r"));
+  for (qsizetype i = 0; i < lines.size(); i++) {
+    const QString line = lines[i].trimmed();
+    if (line.isEmpty()) continue;
+    std::vector<double> row;
+    bool all_numbers = true, any_number = false;
+    for (const QString &word : line.split(separators)) {
+      const auto value = number(word);
+      all_numbers = all_numbers && value;
+      any_number = any_number || value;
+      row.push_back(value.value_or(0));
+    }
+    if (!any_number && rows.empty()) continue;
+    if (!all_numbers || row.size() != static_cast<std::size_t>(columns)) {
+      why = QString("Line %1 does not hold %2 numbers: %3").arg(i + 1).arg(columns).arg(line.left(60));
+      return std::nullopt;
+    }
+    rows.push_back(row);
+  }
+  if (rows.empty()) why = "There are no numbers to paste.";
+  return rows.empty() ? std::nullopt : std::optional(rows);
+}
+
+void ValueTable::set_up(QTableWidget *shown_table, const QStringList &columns, int most_rows, QPushButton *add,
+                        QPushButton *remove, QPushButton *paste_button) {
+  table = shown_table;
+  most = most_rows;
+  table->setColumnCount(static_cast<int>(columns.size()));
+  table->setHorizontalHeaderLabels(columns);
+  table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  table->setTabKeyNavigation(false); // Tab goes on to the buttons, arrows move in the table
+  table->setMinimumHeight(10 * table->verticalHeader()->defaultSectionSize());
+  QObject::connect(add, &QPushButton::clicked, table, [this] { add_row(); });
+  QObject::connect(remove, &QPushButton::clicked, table, [this] { remove_rows(); });
+  QObject::connect(paste_button, &QPushButton::clicked, table, [this] { paste(); });
+  auto *keys = new QShortcut(QKeySequence::Paste, table);
+  keys->setContext(Qt::WidgetShortcut);
+  QObject::connect(keys, &QShortcut::activated, table, [this] { paste(); });
+}
+
+void ValueTable::show(const std::vector<std::vector<double>> &rows) {
+  const bool blocked = table->blockSignals(true);
+  table->setRowCount(static_cast<int>(rows.size()));
+  for (int r = 0; r < table->rowCount(); r++)
+    for (int c = 0; c < table->columnCount(); c++)
+      table->setItem(
+          r, c, new QTableWidgetItem(brisel::shown(rows[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])));
+  table->blockSignals(blocked);
+}
+
+std::optional<std::vector<std::vector<double>>> ValueTable::rows(QString &why) const {
+  std::vector<std::vector<double>> all;
+  for (int r = 0; r < table->rowCount(); r++) {
+    std::vector<double> row;
+    for (int c = 0; c < table->columnCount(); c++) {
+      const QTableWidgetItem *item = table->item(r, c);
+      const auto value = item ? number(item->text()) : std::nullopt;
+      if (!value) {
+        why = QString("row %1: %2 is not a number").arg(r + 1).arg(table->horizontalHeaderItem(c)->text());
+        return std::nullopt;
+      }
+      row.push_back(*value);
+    }
+    all.push_back(row);
+  }
+  return all;
+}
+
+// Signals tell the page about the change: one for the last cell that is set.
+void ValueTable::add_row() {
+  if (table->rowCount() >= most) return;
+  const int at = table->currentRow() < 0 ? table->rowCount() : table->currentRow() + 1;
+  table->insertRow(at);
+  for (int c = 0; c < table->columnCount(); c++) table->setItem(at, c, new QTableWidgetItem("0"));
+  table->setCurrentCell(at, 0);
+  table->editItem(table->item(at, 0));
+}
+
+void ValueTable::remove_rows() {
+  std::set<int, std::greater<>> chosen;
+  for (const QModelIndex &index : table->selectionModel()->selectedIndexes()) chosen.insert(index.row());
+  for (const int row : chosen) table->removeRow(row);
+  Q_EMIT table->itemChanged(nullptr);
+}
+
+void ValueTable::paste() {
+  QString why;
+  const auto pasted = rows_of_numbers(QApplication::clipboard()->text(), table->columnCount(), why);
+  if (pasted && pasted->size() > static_cast<std::size_t>(most))
+    why = QString("There are %1 rows; at most %2 can be entered.").arg(pasted->size()).arg(most);
+  if (!why.isEmpty()) {
+    QMessageBox box(QMessageBox::Warning, "Brisel", QString(), QMessageBox::Ok, table->window());
+    box.setTextFormat(Qt::PlainText);
+    box.setText(why);
+    box.exec();
+    return;
+  }
+  show(*pasted);
+  Q_EMIT table->itemChanged(nullptr);
+}
+
+} // namespace brisel
