@@ -44,7 +44,7 @@ TEST(CommandLine, WhatIsWrongIsNamedInOneLineWithStatus2) {
   };
   const Row rows[]{
       {"nonsense", "nonsense"},
-      {"lowpass.spc", "lowpass.spc"},
+      {"lowpass.spc hilbert.spc", "lowpass.spc"},
       {"--nonsense", "--nonsense"},
       {"design", "FILE.spc is required"},
       {"design ''", "empty"},
