@@ -1,5 +1,6 @@
 // design_commands.cpp - the commands that design and analyse, and those that show a result as numbers.
 #include "engine/core/design_driver.h"
+#include "engine/core/system_analysis.h"
 #include "gui/dialogs/cPlotControlDialogImpl.h"
 #include "gui/dialogs/design_dialogs.h"
 #include "gui/dialogs/option_dialogs.h"
@@ -54,7 +55,7 @@ void cBriselApp::start_design(DesignState selections_before) {
 }
 
 void cBriselApp::start_analysis() {
-  post_message(Message::command_not_available);
+  analyze_system();
 }
 
 void cBriselApp::Design_IIR() {

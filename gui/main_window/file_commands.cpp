@@ -2,6 +2,7 @@
 #include "engine/core/design_state.h"
 #include "engine/files/coefficient_file.h"
 #include "engine/files/spec_file.h"
+#include "engine/files/system_file.h"
 #include "gui/dialogs/option_dialogs.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/printing.h"
@@ -34,8 +35,10 @@ void cBriselApp::load_specification(const QString &path) {
   is_fir_method(method) ? Design_FIR(method) : Design_IIR();
 }
 
-void cBriselApp::load_system(const QString &) {
-  post_message(Message::command_not_available);
+void cBriselApp::load_system(const QString &path) {
+  if (load_system_file(path.toStdString()) != success) return; // told by the reader
+  remember(FileCommand::load_system, path);
+  start_analysis();
 }
 
 void cBriselApp::load_coefficients(const QString &path) {

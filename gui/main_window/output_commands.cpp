@@ -4,6 +4,7 @@
 #include "engine/files/coefficient_file.h"
 #include "engine/files/plot_data.h"
 #include "engine/files/spec_file.h"
+#include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
 #include "gui/dialogs/cPlotDataOutputDialogImpl.h"
 #include "gui/main_window/brisel_app.h"
@@ -48,7 +49,11 @@ void cBriselApp::Output_CreateFilterCoefficientFile() {
 
 void cBriselApp::Output_CreateSystemAnalysisFile() {
   if (!needs_result()) return;
-  post_message(Message::command_not_available);
+  const auto text = format_current_system_file();
+  if (!text) return; // told by the engine
+  const QString path = files.save(this, FileCommand::create_system);
+  if (path.isEmpty()) return;
+  if (write_system_file(path.toStdString(), *text) == success) written(FileCommand::create_system, path);
 }
 
 void cBriselApp::Output_CreateMatlabFile() {

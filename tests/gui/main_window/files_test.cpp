@@ -1,4 +1,5 @@
 // Loading, saving and the rules of file names.
+#include "engine/analysis/plot_arrays.h"
 #include "engine/files/spec_file.h"
 #include "gui/main_window/file_dialogs.h"
 #include "gui/main_window/recent_files.h"
@@ -54,6 +55,22 @@ TEST_F(WorkstationTest, AnExistingFileIsReplacedOnlyWhenTheUserSaysSo) {
   dialogs.file_names = {at("mine")};
   window->Output_CreateSpecficationFile();
   EXPECT_TRUE(folder.read("mine.spc").starts_with("FILTER SPECIFICATION FILE"));
+}
+
+TEST_F(WorkstationTest, ASystemIsLoadedAnalysedAndSavedAgain) {
+  dialogs.file_names = {QString::fromStdString(example("biquads.inp")), at("again"), at("taps")};
+  menu_item("Load System &Analysis ...")->trigger();
+  ASSERT_TRUE(window->has_result());
+  EXPECT_EQ(design_record.selections.DesignOrAnalysisType, code(DesignMethod::z_analysis));
+  const double magnitude = plot_arrays.magnitude[100];
+  menu_item("Create System &Analysis File ...")->trigger();
+  menu_item("Create &Filter Coefficient File ...")->trigger();
+  for (const char *file : {"again.inp", "taps.flt"}) {
+    plot_arrays.magnitude[100] = -1;
+    window->load_file(at(file));
+    EXPECT_NEAR(plot_arrays.magnitude[100], magnitude, 1e-6 * magnitude) << file; // the files carry 8 digits
+  }
+  EXPECT_EQ(dialogs.messages, QStringList{});
 }
 
 TEST_F(WorkstationTest, AFailedLoadLeavesTheDesignAndSaysWhy) {
