@@ -21,7 +21,7 @@ struct Kind {
   const char *structure; // C type
   const char *init;
   const char *block;
-  const char *library; // assembly file of the routines, without extension
+  const char *routines; // assembly file of the routines, without extension
   const char *include;
 };
 constexpr Kind fir_kind{"FIRFilterStructure", "FIRFilterInit", "BlockFIRFilter", "FIR_Filter", "FIR_Filter.h"};
@@ -208,14 +208,14 @@ std::string build_file(const Source &s) {
                     "@rem PATH must name the folder of the pic30 tools,\n"
                     "@rem C_INCLUDE_PATH the folder of their header files and\n"
                     "@rem LD_LIBRARY_PATH the folder of their libraries.\n";
-  const char *stem = s.stem.c_str(), *library = s.kind.library;
-  appendf(out, "pic30-as -o %s.o %s.s\n", library, library);
+  const char *stem = s.stem.c_str(), *routines = s.kind.routines;
+  appendf(out, "pic30-as -o %s.o %s.s\n", routines, routines);
   appendf(out, "pic30-as -o %s.o %s.s\n", stem, stem);
   appendf(out, "pic30-gcc -c -o %s_sim.o %s_sim.c\n", stem, stem);
   appendf(out,
           "pic30-ld -defsym HEAPSIZE=4096 -L%%LD_LIBRARY_PATH%% %s_sim.o %s.o %s.o -lsxl -lpic30 -lsoftfloat -o "
           "%s_sim.cof -Map %s_sim.map\n",
-          stem, stem, library, stem, stem);
+          stem, stem, routines, stem, stem);
   appendf(out, "pic30-bin2hex %s_sim.cof\n", stem);
   appendf(out, "simpic30 %s_sim.cmd\n", stem);
   return out;
