@@ -18,6 +18,7 @@ constexpr std::array<FileCommandRow, static_cast<std::size_t>(FileCommand::count
     {"Create C Code File", "C Code (*.c)"},
     {"Create ADSP218X Filter Coefficients", "ADSP 218x assembly file (*.dsp)"},
     {"Create DSP56800 Filter Coefficients", "C Filter Coefficients (*.h)"},
+    {"dsPIC30 code base file name", "dsPIC30 code base file name (*)"},
     {"Plot data base file name", "Plot data base file name (*)"},
     {"Save Picture", "PNG picture (*.png);;SVG picture (*.svg);;PDF document (*.pdf)"},
     {"Read Text Filter File",

@@ -19,6 +19,7 @@ enum class FileCommand {
   c_code,
   adsp218x,
   dsp56800,
+  dspic30,
   plot_data,
   picture,
   view_file,

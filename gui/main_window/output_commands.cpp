@@ -1,12 +1,14 @@
 // output_commands.cpp - the commands that write files.
 #include "codegen/c_code.h"
 #include "codegen/dsp_code.h"
+#include "codegen/dspic30.h"
 #include "engine/files/coefficient_file.h"
 #include "engine/files/plot_data.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
 #include "gui/dialogs/cPlotDataOutputDialogImpl.h"
+#include "gui/dialogs/microchip_dialog.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/recent_files.h"
 #include "gui/main_window/text_viewer.h"
@@ -158,8 +160,22 @@ void cBriselApp::Codegen_DSP56800() {
 }
 
 void cBriselApp::Codegen_dsPIC30() {
-  if (!needs_result()) return;
-  post_message(Message::command_not_available);
+  if (!needs_result() || !suits_dsp("dsPIC30", false)) return;
+  cMicrochipCodegenDialogImpl dialog(this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  const QString base = files.save(this, FileCommand::dspic30);
+  if (base.isEmpty()) return;
+  std::vector<GeneratedFile> generated;
+  std::string note, why;
+  const int result = prepare_dspic30(base.toStdString(), dialog.options(), generated, &note);
+  if (result == form_not_supported || result == cannot_create)
+    return post_message(static_cast<Message>(result), base.toStdString());
+  if (result != success) return; // told by the generator
+  FileSet set;
+  for (GeneratedFile &file : generated) set.add(file.path, std::move(file.text));
+  if (!set.commit(why)) return post_message(Message::write_failed, why);
+  if (!note.empty()) front.show_text(note);
+  written(FileCommand::dspic30, QString::fromStdString(generated.back().path));
 }
 
 void cBriselApp::Codegen_PA() {

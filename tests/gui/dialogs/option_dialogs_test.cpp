@@ -155,5 +155,41 @@ TEST_F(OptionDialogsTest, ViewsShowTheNumbersOfTheDesign) {
     EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .15e", tap))));
 }
 
+TEST_F(OptionDialogsTest, SystemsAreLoadedAnalysedAndSavedAgain) {
+  for (const char *name : {"biquads.inp", "resonator.inp", "lattice.inp", "triangle-fir.inp"}) {
+    dialogs.messages.clear();
+    window->load_file(QString::fromStdString(example(name)));
+    ASSERT_TRUE(design_record.valid) << name << dialogs.messages.join("; ").toStdString();
+    const std::string saved = std::string("again-") + name;
+    dialogs.file_names = {at(saved)};
+    window->Output_CreateSystemAnalysisFile();
+    const auto before = read_file(example(name), 1 << 20), after = read_file(folder.path(saved), 1 << 20);
+    ASSERT_TRUE(before && after) << name;
+    design_record.valid = 0;
+    window->load_file(at(saved));
+    EXPECT_TRUE(design_record.valid) << name;
+  }
+}
+
+TEST_F(OptionDialogsTest, CodeForTheDsPic30IsWrittenAsChosen) {
+  answer_pages();
+  quantization_settings.quant = 1;
+  window->Design_FIR(1);
+  ASSERT_TRUE(design_record.valid);
+  answer_with([](QDialog &dialog) {
+    EXPECT_FALSE(dialog.findChild<QAbstractButton *>("pOctave_Box")->isEnabled());
+    press(dialog, "pCHeader_Box");
+    press(dialog, "pSimCWrapper_Box");
+    EXPECT_TRUE(dialog.findChild<QAbstractButton *>("pOctave_Box")->isEnabled());
+    press(dialog, "pOk_Button");
+  });
+  dialogs.file_names = {at("filter")};
+  window->Codegen_dsPIC30();
+  const auto files = folder.files();
+  EXPECT_TRUE(files.contains("filter.h"));
+  EXPECT_TRUE(files.contains("filter.s"));
+  EXPECT_FALSE(files.contains("filter.m")) << "no script was asked for";
+}
+
 } // namespace
 } // namespace brisel
