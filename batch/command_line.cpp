@@ -378,9 +378,6 @@ std::string parser_complaint(const CLI::ParseError &error) {
   const std::string subject = text.substr(0, text.find(':'));
   if (dynamic_cast<const CLI::ArgumentMismatch *>(&error))
     return subject + (text.find("At Most") != text.npos ? ": is given more than once" : ": a value is missing");
-  const std::size_t colon = text.rfind(": ");
-  if (dynamic_cast<const CLI::ExtrasError *>(&error) && colon != text.npos)
-    return "unexpected argument: " + text.substr(colon + 2);
   return text;
 }
 
@@ -422,6 +419,8 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
   } catch (const CLI::CallForVersion &version) {
     answer = std::string(version.what()) + "\n";
     return exit_done;
+  } catch (const CLI::ExtrasError &) {
+    throw JobFailure(exit_usage, "unexpected argument: " + app.remaining(true).front());
   } catch (const CLI::ParseError &error) {
     throw JobFailure(exit_usage, parser_complaint(error));
   }

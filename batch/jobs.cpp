@@ -142,7 +142,8 @@ void run_analyze(const Job &job, BatchFrontEnd &front_end) {
   const bool digital = design_state.DesignOrAnalysisType == code(DesignMethod::z_analysis);
   if (job.scaling && !(digital && is_fir_option(design_state.z_input_option)))
     throw JobFailure(exit_usage, "--scaling: has a meaning for FIR systems only");
-  choose_results(job, digital ? entered_sample_rate() : 0);
+  const bool digitized = digital || job.mapping != code(ZTransform::s_domain_only);
+  choose_results(job, digitized ? entered_sample_rate() : 0);
   if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (job.mapping) design_state.SDomainAnalysisRealizationMethod = static_cast<std::uint8_t>(*job.mapping);
   design_state.SDomainAnalysisMaximumGainOption = job.unity_gain;
@@ -198,7 +199,10 @@ void run_estimate(const Job &job, BatchFrontEnd &front_end) {
   // Types without a transition of their own were given one; the reader of the figures must know it.
   const bool assumed =
       type == FilterType::differentiator || type == FilterType::hilbert || type == FilterType::arbitrary_magnitude;
-  const double width = assumed ? in_user_unit(transition_width(*current_spec), design_state.unit_factor) : 0;
+  // A difference of edges, shown without the rounding of its last digits.
+  const double width =
+      !assumed ? 0
+               : parse_number(formatf("%.12g", transition_width(*current_spec) / design_state.unit_factor)).value_or(0);
 
   Outputs outputs;
   if (!job.json.empty()) outputs.add(job.json, estimate_json(lengths, orders, width));

@@ -130,6 +130,7 @@ TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
            Row{"analyze biquads.inp --mapping bilinear", 2, "--mapping: has no meaning for a digital system"},
            Row{"analyze biquads.inp --scaling one --quantize fixed", 2,
                "--scaling: has a meaning for FIR systems only"},
+           Row{"analyze analog-butterworth.inp --frequency-range 0:1e9", 2, "above the sampling frequency"},
            Row{"analyze biquads.inp --method iir", 2, "--method"},
            Row{"design lowpass.spc --unity-gain", 2, "--unity-gain"},
            Row{"design lowpass.spc --mapping s-domain", 2, "--mapping: s-domain is for the analysis"},

@@ -82,7 +82,7 @@ TEST(CommandLine, WhatIsWrongIsNamedInOneLineWithStatus2) {
       {"design lowpass.spc --method window --spc -", "--spc: '-'"},
       {"design lowpass.spc --method window --json a --spc ./a", "two outputs would be written to"},
       {"design lowpass.spc --method window --json p.mag --plot-data p", "two outputs would be written to p.mag"},
-      {"estimate lowpass.spc --window kaiser", "--window"},
+      {"estimate lowpass.spc --window kaiser", "unexpected argument: --window\n"},
       {"design lowpass.spc \"$(printf 'a\\nb\\033')\"", "a\\x0Ab\\x1B"},
   };
   for (const Row &row : rows) {
