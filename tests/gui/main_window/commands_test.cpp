@@ -127,6 +127,27 @@ TEST_F(WorkstationTest, AClosedPlotWindowIsDeselectedAndComesBack) {
   EXPECT_TRUE(child->isVisible());
 }
 
+// The pictures of the documentation are taken here: BRISEL_WRITE_PICTURES names their folder.
+TEST_F(WorkstationTest, ShowsEveryPlotOfADesign) {
+  design_lowpass();
+  window->tile();
+  QCoreApplication::processEvents();
+  const QImage whole = window->grab().toImage();
+  const QColor curve = window->style_of_plots().function.color();
+  const auto has_curve = [&](const QImage &picture) {
+    for (int y = 0; y < picture.height(); y++)
+      for (int x = 0; x < picture.width(); x++)
+        if (picture.pixelColor(x, y) == curve) return true;
+    return false;
+  };
+  for (int kind = 0; kind < plot_kind_count; kind++)
+    EXPECT_TRUE(has_curve(plot(PlotKind{static_cast<std::int8_t>(kind)}).grab().toImage())) << kind;
+  if (const char *target = std::getenv("BRISEL_WRITE_PICTURES")) {
+    whole.save(QString(target) + "/workstation.png");
+    plot(PlotKind::log_magnitude).grab().save(QString(target) + "/log-magnitude.png");
+  }
+}
+
 TEST_F(WorkstationTest, CascadedWindowsAreOfOneSize) {
   window->MyCascade();
   for (QMdiSubWindow *frame : window->workspace_area()->subWindowList()) EXPECT_EQ(frame->size(), QSize(500, 300));
