@@ -71,6 +71,12 @@ template <class Settings, class Visit> void cDisplayControlDialogImpl::each_fiel
 
 cDisplayControlDialogImpl::cDisplayControlDialogImpl(cBriselApp *app) : QDialog(app), window(app) {
   setupUi(this);
+  for (QComboBox *box : pColor_Tab->findChildren<QComboBox *>())
+    for (int color = 0; color < box->count(); color++) {
+      QPixmap swatch(12, 12);
+      swatch.fill(display_color(color));
+      box->setItemIcon(color, swatch);
+    }
   show_settings(display_settings);
   connect(pColorDefault_Button, &QPushButton::clicked, this, &cDisplayControlDialogImpl::ColorDefault);
   connect(pColorMono_Button, &QPushButton::clicked, this, &cDisplayControlDialogImpl::ColorMono);

@@ -2,32 +2,33 @@
 #pragma once
 
 #include "engine/core/design_state.h"
+#include "gui/dialogs/sequence_page.h"
 #include "ui_cPlotControlDialog.h"
-
-#include <optional>
 
 namespace brisel {
 
 class cBriselApp;
 
-class cPlotControlDialogImpl : public QDialog, private Ui::cPlotControlDialog {
+class cPlotControlDialogImpl : public SequencePage, private Ui::cPlotControlDialog {
   Q_OBJECT
 
 public:
   explicit cPlotControlDialogImpl(cBriselApp *window);
 
 public Q_SLOTS:
-  void accept() override;
+  /// Puts the start values into the fields.
   void Default();
-  void Help();
 
 private:
-  void show_settings(const PlotSettings &settings);
-  /// The settings as typed, or nothing with the reason in the dialog's problem line.
-  std::optional<PlotSettings> typed_settings();
-  void check();
+  void read() override;
+  void store() override;
+  void show_settings();
+  void read_range(QLineEdit *low, QLineEdit *high, double factor, Range &range);
+  void read_count(QLineEdit *edit, int lowest, int highest, std::int32_t &count);
 
   cBriselApp *window;
+  PlotSettings offered; // what the fields were filled with
+  PlotSettings typed;
 };
 
 } // namespace brisel

@@ -6,9 +6,15 @@
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
+// In a static library the linker drops resources that nothing asks for.
+static void register_pages() {
+  Q_INIT_RESOURCE(help);
+}
+
 namespace brisel {
 
 void show_help(const QString &name, QWidget *dialog) {
+  register_pages();
   QFile page(":/help/" + name + ".md");
   if (!page.open(QIODevice::ReadOnly)) return;
   auto *window = new QDialog(dialog); // a child of the modal dialog stays in reach while that is open

@@ -2,6 +2,7 @@
 
 #include "engine/core/design_driver.h"
 #include "engine/core/problem_description.h"
+#include "engine/files/design_report.h"
 #include "gui/dialogs/cDisplayControlDialogImpl.h"
 #include "gui/dialogs/cSelectPlotsDialogImpl.h"
 #include "gui/main_window/brisel_mdi_child.h"
@@ -41,6 +42,7 @@ QString text_of(std::string_view text) {
 
 cBriselApp::cBriselApp() : front(*this) {
   program_start();
+  report_off = !plot_settings.detout;
   pens_and_fonts = plot_style(display_settings);
   setWindowTitle("Brisel");
   setWindowIcon(application_icon());
@@ -253,8 +255,10 @@ void cBriselApp::refresh_plots() {
 
 void cBriselApp::recompute_responses() {
   if (!has_result()) return;
+  front.announce("Working...");
   design_record.plot = plot_settings;
   filter_dsgn_plot();
+  front.announce("Ready");
 }
 
 void cBriselApp::display_settings_changed() {

@@ -138,11 +138,20 @@ void cBriselMdiChild::mouseDoubleClickEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton) zoom_back();
 }
 
+// The drawing widens ranges to round values. The wheel goes on from the range before that, or small steps would never
+// leave it.
 void cBriselMdiChild::wheelEvent(QWheelEvent *event) {
   event->accept();
   if (!app.has_result() || event->angleDelta().y() == 0) return;
+  QPointF at = event->position();
+  PlotLayout exact = layout;
+  if (zoom) {
+    exact.x_axis.range = zoom->x;
+    exact.y_axis.range = zoom->y;
+    at = {exact.x_map().position(layout.x_map().value(at.x())), exact.y_map().position(layout.y_map().value(at.y()))};
+  }
   const double notches = event->angleDelta().y() / 120.0;
-  if (const auto ranges = zoom_about(layout, event->position(), std::pow(wheel_zoom, notches))) {
+  if (const auto ranges = zoom_about(exact, at, std::pow(wheel_zoom, notches))) {
     zoom = ranges;
     update();
   }

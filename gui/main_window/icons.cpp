@@ -4,6 +4,11 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+// In a static library the linker drops resources that nothing asks for.
+static void register_icons() {
+  Q_INIT_RESOURCE(main_window);
+}
+
 namespace brisel {
 
 namespace {
@@ -20,6 +25,7 @@ QPixmap rendered(const QByteArray &drawing, int size) {
 }
 
 QByteArray drawing_of(const QString &name) {
+  register_icons();
   QFile file(":/icons/" + name + ".svg");
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

@@ -37,7 +37,7 @@ extern "C" [[gnu::visibility("default")]] int brisel_workstation(int argc, char 
   std::setlocale(LC_NUMERIC, "C"); // the toolkit has set the user's
   QApplication::setApplicationName("Brisel");
   QApplication::setApplicationVersion(BRISEL_VERSION);
-  QApplication::setDesktopFileName("org.brisel.Brisel");
+  QApplication::setDesktopFileName("brisel");
   brisel::cBriselApp window;
   QObject::connect(&application, &QApplication::lastWindowClosed, &window, &brisel::cBriselApp::quit);
   window.show();

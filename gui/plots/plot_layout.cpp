@@ -36,8 +36,11 @@ public:
       set_root_axes();
     else
       set_axes();
-    if (layout.is_empty() || layout.bottom - layout.top < 0.4 * layout.height ||
-        layout.right - layout.left < 0.4 * layout.width)
+    // A pole/zero plot is a square: in a wide or tall device it cannot have more than the smaller side.
+    const bool square = data.kind == PlotKind::pole_zero;
+    const double width = square ? layout.square_size : layout.width;
+    const double height = square ? layout.square_size : layout.height;
+    if (layout.is_empty() || layout.bottom - layout.top < 0.4 * height || layout.right - layout.left < 0.4 * width)
       return false;
     place_texts();
     return true;

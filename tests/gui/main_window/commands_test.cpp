@@ -162,7 +162,9 @@ TEST_F(WorkstationTest, ToolButtonsAreRaisedAndExplained) {
     EXPECT_FALSE(button->autoRaise());
     EXPECT_FALSE(button->toolTip().isEmpty());
     EXPECT_FALSE(button->defaultAction()->statusTip().isEmpty());
-    EXPECT_FALSE(button->icon().isNull());
+    const QImage icon = button->icon().pixmap(20, 20).toImage();
+    EXPECT_GT(qAlpha(icon.pixel(3, 12)) + qAlpha(icon.pixel(10, 10)) + qAlpha(icon.pixel(5, 3)), 0)
+        << button->toolTip().toStdString() << " is blank";
   }
   EXPECT_EQ(buttons, 23);
   menu_item("Tool&bar")->trigger();

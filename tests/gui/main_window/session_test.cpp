@@ -1,4 +1,5 @@
 // Start and end of a session, and long runs.
+#include "engine/analysis/plot_arrays.h"
 #include "gui/main_window/workstation_loader.h"
 #include "tests/gui/main_window/workstation_fixture.h"
 
@@ -94,6 +95,31 @@ TEST_F(WorkstationTest, TheStopButtonEndsTheRun) {
   front_end->announce("Working...");
   EXPECT_TRUE(front_end->progress(0.1)) << "the next run begins afresh";
   front_end->announce("Ready");
+}
+
+TEST_F(WorkstationTest, AStoppedDesignPutsTheEarlierOneBack) {
+  design_lowpass();
+  const std::vector<double> magnitude(plot_arrays.magnitude.begin(), plot_arrays.magnitude.end());
+  const int taps = design_record.fir.length;
+  // A transition band of 6 Hz at 8 kHz: some thousand taps.
+  current_spec->stopband_edge[0] = current_spec->passband_edge[0] + 6 * two_pi;
+  auto *stop = window->findChild<QPushButton *>("Stop_Button");
+  bool was_offered = false;
+  QTimer watch;
+  QObject::connect(&watch, &QTimer::timeout, [&] {
+    if (!stop->isVisible()) return QTest::qSleep(100); // the slowest of computers
+    was_offered = true;
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Working...");
+    QTest::mouseClick(stop, Qt::LeftButton);
+  });
+  watch.start(10);
+  window->Design_FIR(2);
+  EXPECT_TRUE(was_offered);
+  EXPECT_TRUE(window->has_result());
+  EXPECT_EQ(design_record.fir.length, taps);
+  EXPECT_TRUE(std::equal(magnitude.begin(), magnitude.end(), plot_arrays.magnitude.begin()));
+  EXPECT_EQ(window->statusBar()->currentMessage(), "Ready");
+  EXPECT_EQ(dialogs.messages, QStringList{});
 }
 
 TEST(CommandLine, TellsTheWorkstationFromABatchJob) {

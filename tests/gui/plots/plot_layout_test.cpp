@@ -91,6 +91,18 @@ TEST(PlotLayout, NothingIsMissingAtTheSizesThatMatter) {
   }
 }
 
+TEST(PlotLayout, EveryKindIsDrawnInFlatAndInNarrowWindows) {
+  const PlotStyle style = mono_plot_style(defaults());
+  ExamplePlots example(lowpass_taps(63, 0.3), 8000);
+  for (const QSize &size : {QSize(413, 200), QSize(200, 413), QSize(900, 120), QSize(120, 80)})
+    for (int kind = 0; kind < plot_kind_count; kind++) {
+      PlotLayout layout;
+      lay_out_plot(layout, plot_data_of(example.plot(static_cast<PlotKind>(kind)), example.state, true, problem), style,
+                   QRectF(QPointF(), size), canvas(1, 1));
+      EXPECT_FALSE(layout.is_empty()) << size.width() << "x" << size.height() << " kind " << kind;
+    }
+}
+
 TEST(PlotLayout, WideVerticalLabelsMoveTheEdgeOrAreDropped) {
   const PlotStyle style = mono_plot_style(defaults());
   PlotData data;
