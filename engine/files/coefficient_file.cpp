@@ -11,8 +11,6 @@
 #include <bit>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fcntl.h>
 #include <span>
 #include <unistd.h>
 
@@ -891,17 +889,9 @@ Status write_iir_coefficient_file(const std::string &path) {
 Status write_new_coefficient_file(const std::string &path) {
   const auto text = design_text(all_digits);
   if (!text) return form_not_supported;
-  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (descriptor < 0) {
-    post_message(errno == EEXIST ? Message::temporary_file_in_the_way : Message::cannot_create_file,
-                 path + ": " + std::strerror(errno));
-    return cannot_create;
-  }
-  ::close(descriptor);
   std::string why;
-  if (save_file(path, *text, why)) return success;
-  ::unlink(path.c_str());
-  post_message(Message::cannot_create_file, why);
+  if (save_new_file(path, *text, why)) return success;
+  post_message(errno == EEXIST ? Message::temporary_file_in_the_way : Message::cannot_create_file, why);
   return cannot_create;
 }
 

@@ -177,22 +177,50 @@ void FileSet::add(std::string path, std::string content) {
 namespace {
 
 struct Pending {
-  std::string temporary; // empty: written through
+  std::string temporary; // holds the new file, and after an exchange the old one
   std::string target;
+  bool had_old;
+  bool placed = false;
+  bool exchanged = false;
 };
 
 std::string system_error(const std::string &path, const char *what) {
   return path + ": " + what + ": " + std::strerror(errno);
 }
 
-bool write_all(int descriptor, std::string_view content) {
-  while (!content.empty()) {
+/// False with the first failure in `errno`.
+bool write_and_close(int descriptor, std::string_view content) {
+  int error = 0;
+  while (!content.empty() && error == 0) {
     const ssize_t written = ::write(descriptor, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
+    if (written >= 0)
+      content.remove_prefix(static_cast<std::size_t>(written));
+    else if (errno != EINTR)
+      error = errno;
   }
-  return true;
+  if (::close(descriptor) != 0 && error == 0) error = errno;
+  errno = error;
+  return error == 0;
+}
+
+/// Gives the new file its name. `undoable` keeps the old one beside it, where the file system can exchange two names.
+bool place(Pending &p, bool undoable) {
+  const auto exchange = [&] {
+    return ::renameat2(AT_FDCWD, p.temporary.c_str(), AT_FDCWD, p.target.c_str(), RENAME_EXCHANGE) == 0;
+  };
+  p.exchanged = undoable && p.had_old && exchange();
+  if (undoable && p.had_old && !p.exchanged && errno != EINVAL && errno != ENOSYS && errno != ENOENT) return false;
+  p.placed = p.exchanged || ::rename(p.temporary.c_str(), p.target.c_str()) == 0;
+  return p.placed;
+}
+
+/// As it was before: the old file under its name, or none, and nothing beside it.
+void withdraw(const Pending &p) {
+  if (p.exchanged)
+    ::renameat2(AT_FDCWD, p.temporary.c_str(), AT_FDCWD, p.target.c_str(), RENAME_EXCHANGE);
+  else if (p.placed && !p.had_old)
+    ::unlink(p.target.c_str());
+  ::unlink(p.temporary.c_str());
 }
 
 mode_t default_mode() {
@@ -211,8 +239,7 @@ bool FileSet::commit(std::string &why) {
   std::vector<Pending> pending;
   const auto give_up = [&](std::string reason) {
     why = std::move(reason);
-    for (const Pending &p : pending)
-      if (!p.temporary.empty()) ::unlink(p.temporary.c_str());
+    for (const Pending &p : pending) withdraw(p);
     return false;
   };
 
@@ -241,33 +268,35 @@ bool FileSet::commit(std::string &why) {
     std::string name = target + ".XXXXXX";
     const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0) return give_up(system_error(file.path, "cannot be written"));
-    pending.push_back({name, target});
-    const bool written = ::fchmod(descriptor, exists ? information.st_mode & 07777 : default_mode()) == 0 &&
-                         write_all(descriptor, file.content);
-    const int write_error = errno;
-    const bool closed = ::close(descriptor) == 0;
-    if (written && closed) continue;
-    if (!written) errno = write_error;
-    return give_up(system_error(file.path, "cannot be written"));
+    pending.push_back({name, target, exists});
+    const bool same_mode = ::fchmod(descriptor, exists ? information.st_mode & 07777 : default_mode()) == 0;
+    if (!write_and_close(descriptor, same_mode ? std::string_view(file.content) : std::string_view()) || !same_mode)
+      return give_up(system_error(file.path, "cannot be written"));
   }
+  // Nothing but standard output and devices can fail from here on without being undone, so they come last.
+  for (Pending &p : pending)
+    if (!place(p, files.size() > 1)) return give_up(system_error(p.target, "cannot be replaced"));
   for (const File *file : through) {
     const bool standard = file->path.empty();
     const int descriptor =
         standard ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3) : ::open(file->path.c_str(), O_WRONLY | O_CLOEXEC);
-    const bool written = descriptor >= 0 && write_all(descriptor, file->content);
-    const int write_error = errno;
-    const bool closed = descriptor >= 0 && ::close(descriptor) == 0;
-    if (written && closed) continue;
-    if (!written) errno = write_error;
-    return give_up(system_error(standard ? "standard output" : file->path, "cannot be written"));
+    if (descriptor < 0 || !write_and_close(descriptor, file->content))
+      return give_up(system_error(standard ? "standard output" : file->path, "cannot be written"));
   }
-  for (Pending &p : pending) {
-    if (::rename(p.temporary.c_str(), p.target.c_str()) != 0)
-      return give_up(system_error(p.target, "cannot be replaced"));
-    p.temporary.clear();
-  }
+  for (const Pending &p : pending)
+    if (p.exchanged) ::unlink(p.temporary.c_str());
   files.clear();
   return true;
+}
+
+bool save_new_file(const std::string &path, std::string_view content, std::string &why) {
+  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (descriptor >= 0 && write_and_close(descriptor, content)) return true;
+  const int error = errno;
+  why = system_error(path, "cannot be written");
+  if (descriptor >= 0) ::unlink(path.c_str());
+  errno = error;
+  return false;
 }
 
 bool save_file(const std::string &path, std::string content, std::string &why) {

@@ -72,9 +72,10 @@ private:
 /// The whole of a regular file of at most `limit` bytes; nothing when it cannot be read or is larger.
 std::optional<std::string> read_file(const std::string &path, std::size_t limit);
 
-/// Files that belong together: all of them are written beside their targets first, then all are renamed, so that a
-/// failure leaves every old file untouched and no new one half written. Links are followed; a target that is no regular
-/// file (a device, a pipe) is written through.
+/// Files that belong together: all of them are written beside their targets first, then all are renamed, and those
+/// renamed before a failure are taken back, so that a failure leaves every old file untouched and no new one. Links are
+/// followed; a target that is no regular file (a device, a pipe) is written through. On a file system that cannot
+/// exchange two names a file already replaced when a later renaming fails stays replaced, whole.
 class FileSet {
 public:
   void add(std::string path, std::string content);
@@ -91,6 +92,8 @@ private:
   std::vector<File> files;
 };
 
+/// Writes a file that must not exist yet; `errno` is EEXIST when it does. A failure leaves none behind.
+[[nodiscard]] bool save_new_file(const std::string &path, std::string_view content, std::string &why);
 /// A FileSet of one.
 [[nodiscard]] bool save_file(const std::string &path, std::string content, std::string &why);
 
