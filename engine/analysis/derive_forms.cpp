@@ -5,6 +5,7 @@
 #include "engine/analysis/wide_ratio.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace brisel {
@@ -116,6 +117,12 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
                           [&] { return wide && write_ladder(*wide, LadderForm::two, forms.ladder_2); });
   forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
   return true;
+}
+
+double digits_of(const FormReport &found, RealizationForm form) {
+  const std::array digits{found.cascade, found.parallel, found.ratio, found.lattice, found.ladder_1, found.ladder_2};
+  const auto index = static_cast<std::size_t>(code(form));
+  return index < digits.size() ? digits[index] : -1;
 }
 
 bool form_exists(const IirForms &forms, RealizationForm form) {

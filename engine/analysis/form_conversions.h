@@ -110,6 +110,9 @@ struct FormReport {
   double cascade, parallel, pole_zero, ratio, lattice, ladder_1, ladder_2;
   int dropped_delay; // of the cascade against the source
 };
+/// The digits of one form; -1 also for a form that is no realization.
+double digits_of(const FormReport &found, RealizationForm form);
+
 /// Derives every other form of `forms` from the one named. False: the source is no system (0, not finite, without a
 /// denominator), and no other form was touched.
 bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found);

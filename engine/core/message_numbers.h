@@ -51,6 +51,7 @@ namespace brisel {
   X(quantized_unstable, 953)                                                                                           \
   X(partial_fractions_lost, 940)                                                                                       \
   X(poles_on_unit_circle, 941)                                                                                         \
+  X(realization_lost, 942)                                                                                             \
   X(system_has_no_form, 956)                                                                                           \
   X(unknown_kind_of_file, 960)                                                                                         \
   X(command_not_available, 970)                                                                                        \

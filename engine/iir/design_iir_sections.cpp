@@ -222,6 +222,10 @@ bool digitize_analog(ZTransform method, AcceptPoles accepted) {
     design_notes.push_back(formatf("Poles or zeros lie so near the unit circle that the coefficients hold the response "
                                    "to %d digits.",
                                    static_cast<int>(std::max(digits, 0.0))));
+  const RealizationForm chosen{r.selections.RealizationType};
+  const double kept = digits_of(found, chosen);
+  if (designed && kept >= 0 && kept < least_digits)
+    return refuse(Message::realization_lost, formatf("it keeps %d digits of the response", static_cast<int>(kept)));
   note_forms(found);
   if (by_sum)
     list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);

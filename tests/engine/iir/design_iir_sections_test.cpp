@@ -359,6 +359,12 @@ TEST_F(DesignIirSections, RefusesWhatCannotBeDesigned) {
       {"compensation", [&] { s.CompensationOption = 1; }, Message::iir_compensation_not_available, ""},
       {"partial fractions of order 120", [&] { s.analog_type = 0, s.order = 120, s.ZTransformMethod = 1; },
        Message::partial_fractions_lost, ""},
+      {"a ratio of order 100",
+       [&] {
+         s.analog_type = 0, s.order = 100, s.RealizationType = code(RealizationForm::ratio),
+         spec.passband_edge[0] = 0.1;
+       },
+       Message::realization_lost, "keeps 0 digits"},
       {"an edge of 1e-9", [&] { spec.passband_edge[0] = 1e-9, spec.stopband_edge[0] = 2e-9; },
        Message::poles_on_unit_circle, ""},
   };
