@@ -70,6 +70,18 @@ Names coefficient_spaces() {
 Names plot_scripts() {
   return {"", "matlab", "octave"};
 }
+Names dataset_formats() {
+  return {"integer", "real"};
+}
+Names coefficient_stages() {
+  return {"unquantized", "quantized"};
+}
+Names number_notations() {
+  return {"decimal", "word", "hexadecimal"};
+}
+Names data_layouts() {
+  return {"lines", "commas", "c-array"};
+}
 Names trace_levels() {
   return {"low", "high"};
 }
@@ -199,6 +211,21 @@ const std::vector<OptionRow> &option_rows() {
       {"--plots", "DIR", OutputPath{&Job::plots}, Group::output, for_results, with_any,
        "one PNG picture a plot, in a folder that is made if need be"},
       {"--pdf", "FILE", OutputPath{&Job::pdf}, Group::output, for_results, with_any, "the plots as pages of one PDF"},
+      {"--matlab", "FILE", OutputPath{&Job::matlab}, Group::output, for_design, with_any,
+       "taps as a row vector, or second-order sections as a matrix, for MatLab and Octave"},
+      {"--cocentric", "FILE", OutputPath{&Job::cocentric}, Group::output, for_results, with_any,
+       "coefficients as a dataset, one number a line"},
+      {"--cocentric-format", "FORMAT", Choice{&Job::cocentric_format, dataset_formats}, Group::output, for_results,
+       with_any, "numbers of the dataset: the words of a fixed-point filter, or reals; default: real"},
+      {"--cocentric-comments", "", Switch{&Job::cocentric_comments}, Group::output, for_results, with_any,
+       "with lines in front that say what the numbers are"},
+      {"--data", "FILE", OutputPath{&Job::data}, Group::output, for_results, with_any, "coefficients as numbers"},
+      {"--data-stage", "STAGE", Choice{&Job::data_stage, coefficient_stages}, Group::output, for_results, with_any,
+       "which coefficients; default: quantized, which without quantization are the filter's own"},
+      {"--data-notation", "NOTATION", Choice{&Job::data_notation, number_notations}, Group::output, for_results,
+       with_any, "how the numbers are written, words being those of a fixed-point filter; default: decimal"},
+      {"--data-layout", "LAYOUT", Choice{&Job::data_layout, data_layouts}, Group::output, for_results, with_any,
+       "one number a line, numbers between commas, or an array for a C program; default: lines"},
       {"--c", "FILE", OutputPath{&Job::c}, Group::code, for_results, with_any, "C source"},
       {"--dspic30", "BASE", OutputPath{&Job::dspic30}, Group::code, for_results, with_any,
        "dsPIC30 assembly BASE.s; with the options below also BASE.h and so on"},
@@ -460,10 +487,18 @@ void refuse_unused_options(const Job &job, int method) {
           "--realization cascade");
     needs(&Job::detail, !job.report.empty(), "--report");
     needs(&Job::trace_level, !job.trace.empty(), "--trace");
+    needs(&Job::cocentric_format, !job.cocentric.empty(), "--cocentric");
+    needs(&Job::cocentric_comments, !job.cocentric.empty(), "--cocentric");
+    needs(&Job::data_stage, !job.data.empty(), "--data");
+    needs(&Job::data_notation, !job.data.empty(), "--data");
+    needs(&Job::data_layout, !job.data.empty(), "--data");
     needs(&Job::dspic30_header, !job.dspic30.empty(), "--dspic30");
     needs(&Job::dspic30_space, !job.dspic30.empty(), "--dspic30");
     needs(&Job::dspic30_simulation, !job.dspic30.empty(), "--dspic30");
     needs(&Job::dspic30_script, !job.dspic30.empty(), "--dspic30");
+    if (!fixed && ((row.place_is(&Job::cocentric_format) && job.cocentric_format == 0) ||
+                   (row.place_is(&Job::data_notation) && job.data_notation.value_or(0) > 0)))
+      refuse(row, "words need --quantize fixed");
     if (row.place_is(&Job::mapping) && method == code(DesignMethod::iir) &&
         job.mapping == code(ZTransform::s_domain_only))
       refuse(row, "s-domain is for the analysis of an entered system");

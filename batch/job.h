@@ -37,9 +37,12 @@ struct Job {
   std::optional<int> trace_level; // 0 low, 1 high
   std::optional<int> dspic30_space, dspic30_script;
   bool dspic30_header = false, dspic30_simulation = false;
+  std::optional<int> cocentric_format, data_stage, data_notation, data_layout;
+  bool cocentric_comments = false;
 
   // Names of outputs, empty when not asked for.
   std::string json, report, trace, spc, flt, inp, plot_data, plots, pdf;
+  std::string matlab, cocentric, data;
   std::string c, dspic30, adsp218x, dsp56800;
 
   bool has(Command wanted) const { return command == wanted; }

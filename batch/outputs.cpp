@@ -4,6 +4,7 @@
 #include "batch/pictures.h"
 #include "batch/summary.h"
 #include "codegen/c_code.h"
+#include "codegen/data_files.h"
 #include "codegen/dsp_checks.h"
 #include "codegen/dsp_code.h"
 #include "codegen/dspic30.h"
@@ -133,6 +134,29 @@ void add_c_code(const std::string &path, const BatchFrontEnd &front_end, Outputs
   outputs.add(path, std::move(text));
 }
 
+void add_data(const char *option, const std::string &path, DataText made, Outputs &outputs) {
+  if (const auto *refusal = std::get_if<DataRefusal>(&made))
+    fail(std::string(option) + ": " + one_line(message_text(refusal->number)) +
+         (refusal->detail.empty() ? "" : " (" + refusal->detail + ")"));
+  outputs.add(path, std::get<std::string>(std::move(made)));
+}
+
+void add_data_files(const Job &job, Outputs &outputs) {
+  if (!job.matlab.empty()) add_data("--matlab", job.matlab, matlab_text(), outputs);
+  if (!job.cocentric.empty()) {
+    const auto format =
+        static_cast<DatasetFormat>(job.cocentric_format.value_or(static_cast<int>(DatasetFormat::real)));
+    add_data("--cocentric", job.cocentric, cocentric_text(format, job.cocentric_comments), outputs);
+  }
+  if (!job.data.empty()) {
+    DataFileOptions options;
+    if (job.data_stage) options.stage = CoefficientStage{*job.data_stage};
+    if (job.data_notation) options.notation = NumberNotation{*job.data_notation};
+    if (job.data_layout) options.layout = DataLayout{*job.data_layout};
+    add_data("--data", job.data, data_file_text(job.data, options), outputs);
+  }
+}
+
 void require_dsp(const char *option, bool canonic_only) {
   if (const char *why = dsp_refusal(design_record, canonic_only)) fail(std::string(option) + ": " + why);
   if (!design_record.quantization.quant)
@@ -177,6 +201,7 @@ void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
   if (!job.inp.empty()) outputs.add(job.inp, text_or_failure(format_current_system_file(), job.inp, front_end));
   if (!job.plot_data.empty()) add_plot_data(job.plot_data, front_end, outputs);
   add_pictures(job, outputs);
+  add_data_files(job, outputs);
   if (!job.c.empty()) add_c_code(job.c, front_end, outputs);
   if (!job.adsp218x.empty()) add_dsp_code("--adsp218x", DspFamily::adsp218x, job.adsp218x, front_end, outputs);
   if (!job.dsp56800.empty()) add_dsp_code("--dsp56800", DspFamily::dsp56800, job.dsp56800, front_end, outputs);

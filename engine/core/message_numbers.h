@@ -56,7 +56,12 @@ namespace brisel {
   X(unknown_kind_of_file, 960)                                                                                         \
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
-  X(bad_base_name, 972)
+  X(bad_base_name, 972)                                                                                                \
+  X(no_coefficient_words, 985)                                                                                         \
+  X(coefficient_word_misfit, 986)                                                                                      \
+  X(conversion_refused, 987)                                                                                           \
+  X(system_file_loses_form, 988)                                                                                       \
+  X(needs_system, 989)
 
 enum class Message : int {
 #define BRISEL_ENUM(name, number) name = number,

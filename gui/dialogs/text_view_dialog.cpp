@@ -29,6 +29,16 @@ TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QStri
   resize(start_size);
 }
 
+void TextViewDialog::add_button(const QString &label, const char *button_name, std::function<void()> action) {
+  auto *button = new QPushButton(label, this);
+  button->setObjectName(button_name);
+  button->setAutoDefault(false);
+  for (QHBoxLayout *row : findChildren<QHBoxLayout *>())
+    if (const int place = row->indexOf(pCopy_Button); place >= 0) row->insertWidget(place, button);
+  setTabOrder(button, pCopy_Button);
+  connect(button, &QPushButton::clicked, this, std::move(action));
+}
+
 /// What is selected, or everything.
 void TextViewDialog::copy() {
   const QTextCursor cursor = pText_Edit->textCursor();

@@ -2,6 +2,7 @@
 // asks through dialogs, and calls one entry point of the engine.
 #pragma once
 
+#include "codegen/data_files.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/start_up.h"
 #include "gui/main_window/command_table.h"
@@ -23,6 +24,7 @@ class QToolButton;
 
 namespace brisel {
 
+class TextViewDialog;
 class cBriselMdiChild;
 
 class cBriselApp : public QMainWindow {
@@ -108,6 +110,7 @@ public Q_SLOTS:
   void Output_CreateMatlabFile();
   void Output_CreateCOSSAPDataset();
   void Output_CreatePlotDataFiles();
+  void Output_CreateCoefficientDataset();
 
   void Codegen_CCode();
   void Codegen_ADSP218X();
@@ -164,6 +167,9 @@ private:
   /// The checks of the generators for DSPs, told with `caption`; true when the design suits.
   bool suits_dsp(const QString &caption, bool canonic_only);
   void write_dsp_code(FileCommand command, const QString &caption, bool canonic_only);
+  void add_dataset_button(TextViewDialog &dialog);
+  /// Asks for a name and saves a text of numbers; a refusal is told instead.
+  void save_numbers(FileCommand command, const DataText &text);
   void update_status();
   QList<QMdiSubWindow *> visible_plots() const;
 

@@ -152,15 +152,20 @@ bool cBriselApp::is_iir_design() const {
   return has_result() && design_record.selections.DesignOrAnalysisType == code(DesignMethod::iir);
 }
 
+void cBriselApp::add_dataset_button(TextViewDialog &dialog) {
+  dialog.add_button("Create &Data File ...", "pDataset_Button", [this] { Output_CreateCoefficientDataset(); });
+}
+
 void cBriselApp::View_IirData(int position) {
   if (!is_iir_design()) return post_message(Message::needs_iir_design);
   constexpr int first_position = 3; // behind the bars and a separator
   constexpr std::array captions{"IIR Normalized S Domain Data", "IIR Denormalized S Domain Data",
                                 "IIR Unquantized Z Domain Data", "IIR Quantized Z Domain Data"};
   const int view = position - first_position;
-  TextViewDialog(this, "cIirViewDataDialog", captions[static_cast<std::size_t>(view)],
-                 iir_data_text(design_record, IirView{view}))
-      .exec();
+  TextViewDialog dialog(this, "cIirViewDataDialog", captions[static_cast<std::size_t>(view)],
+                        iir_data_text(design_record, IirView{view}));
+  if (IirView{view} >= IirView::unquantized_z) add_dataset_button(dialog);
+  dialog.exec();
 }
 
 void cBriselApp::View_IIRQuantizationAnalysis() {
@@ -173,7 +178,9 @@ void cBriselApp::View_IIRQuantizationAnalysis() {
 void cBriselApp::View_FIRCoefficients() {
   if (!has_result() || !is_fir_method(design_record.selections.DesignOrAnalysisType))
     return post_message(Message::needs_fir_design);
-  TextViewDialog(this, "cFirCoeffView", "FIR Coefficients - View Only", fir_coefficients_text(design_record)).exec();
+  TextViewDialog dialog(this, "cFirCoeffView", "FIR Coefficients - View Only", fir_coefficients_text(design_record));
+  add_dataset_button(dialog);
+  dialog.exec();
 }
 
 void cBriselApp::Output_PlotControl() {

@@ -20,6 +20,10 @@ constexpr std::array<FileCommandRow, static_cast<std::size_t>(FileCommand::count
     {"Create DSP56800 Filter Coefficients", "C Filter Coefficients (*.h)"},
     {"dsPIC30 code base file name", "dsPIC30 code base file name (*)"},
     {"Plot data base file name", "Plot data base file name (*)"},
+    {"Create MatLab FIR row vector", "MatLab FIR row vector (*.dat)"},
+    {"Create MatLab IIR second order section matrix", "MatLab IIR second order section matrix (*.dat)"},
+    {"Create CoCentric Dataset", "CoCentric (*.abl)"},
+    {"Create Data File", "Data (*.dat)"},
     {"Save Picture", "PNG picture (*.png);;SVG picture (*.svg);;PDF document (*.pdf)"},
     {"Read Text Filter File",
      "Specification File (*.spc);;System Analysis File (*.inp);;Filter Coefficient File (*.flt);;"

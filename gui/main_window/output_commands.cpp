@@ -58,18 +58,6 @@ void cBriselApp::Output_CreateSystemAnalysisFile() {
   if (write_system_file(path.toStdString(), *text) == success) written(FileCommand::create_system, path);
 }
 
-void cBriselApp::Output_CreateMatlabFile() {
-  if (!needs_result()) return;
-  const int method = design_record.selections.DesignOrAnalysisType;
-  const bool design = method == code(DesignMethod::iir) || is_fir_method(method);
-  post_message(design ? Message::command_not_available : Message::matlab_needs_design);
-}
-
-void cBriselApp::Output_CreateCOSSAPDataset() {
-  if (!needs_result()) return;
-  post_message(Message::command_not_available);
-}
-
 void cBriselApp::Output_CreatePlotDataFiles() {
   if (!needs_result()) return;
   cPlotDataOutputDialogImpl selection(this);
