@@ -103,15 +103,28 @@ std::vector<Requirement> requirements(const FilterSpec &spec, const Compensation
 
 Sampler fir_sampler(std::span<const double> taps, double gain) {
   return [taps, gain](Band band) {
-    // The gain of N taps has extrema about 2 pi / N apart.
+    // The gain of N taps has extrema about 2 pi / N apart, but far closer ones next to a steep transition band.
     const double spacing = 2 * pi / (16 * static_cast<double>(taps.size()));
-    const double wanted = std::clamp((band.high - band.low) / spacing, 64.0, 1e7);
-    const std::size_t count = band.high > band.low ? static_cast<std::size_t>(wanted) + 1 : 2;
-    Samples samples{std::vector<double>(count), std::vector<double>(count)};
-    std::vector<std::complex<double>> sums(count);
-    centred_response(taps, linear_grid(band.low, band.high, 2 * pi, samples.w), sums);
-    std::transform(sums.begin(), sums.end(), samples.gain.begin(),
-                   [gain](std::complex<double> sum) { return std::abs(sum * gain); });
+    const double width = band.high - band.low;
+    const double edge = std::min(width / 3, 32 * spacing); // two extrema, sampled 32 times as densely
+    Samples samples;
+    const auto append = [&](double low, double high, double step, double most) {
+      const std::size_t count =
+          high > low ? static_cast<std::size_t>(std::clamp((high - low) / step, 64.0, most)) + 1 : 2;
+      std::vector<double> w(count);
+      std::vector<std::complex<double>> sums(count);
+      centred_response(taps, linear_grid(low, high, 2 * pi, w), sums);
+      const std::size_t first = samples.w.empty() ? 0 : 1; // the piece begins where the last one ended
+      samples.w.insert(samples.w.end(), w.begin() + first, w.end());
+      for (std::size_t i = first; i < count; i++) samples.gain.push_back(std::abs(sums[i] * gain));
+    };
+    if (!(width > 0)) {
+      append(band.low, band.high, spacing, 1);
+    } else {
+      append(band.low, band.low + edge, spacing / 32, 1e7);
+      append(band.low + edge, band.high - edge, spacing, 1e7);
+      append(band.high - edge, band.high, spacing / 32, 1e7);
+    }
     return samples;
   };
 }

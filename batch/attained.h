@@ -51,7 +51,7 @@ struct Samples {
 };
 using Sampler = std::function<Samples(Band)>;
 
-/// Samples a FIR filter of these taps; with 16 points between neighbouring extrema of its gain.
+/// Samples a FIR filter of these taps; with 16 points between neighbouring extrema of its gain, more at band edges.
 Sampler fir_sampler(std::span<const double> taps, double gain);
 
 /// Samples an IIR filter whose values at points of the z plane are those of `values`; the points lie closer and closer

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 namespace brisel {
@@ -73,6 +74,31 @@ TEST(Attained, FiguresAtBandEdgesAreExact) {
     ASSERT_EQ(figures.size(), 3u) << c.name;
     for (int i = 0; i < 3; i++) EXPECT_NEAR(figures[i], c.figures[i], 1e-9) << c.name << " figure " << i;
   }
+}
+
+TEST(Attained, PeaksThatCrowdAtABandEdgeAreFound) {
+  // cos(w/2)^2 T_n(x0 cos(w)): next to a steep transition the peaks of a Chebyshev polynomial stand far closer than 2
+  // pi over the number of taps, and the factor makes the first of them the largest.
+  constexpr int n = 100;
+  const double x0 = std::cosh(0.11);
+  std::vector<double> before{1}, taps{x0 / 2, 0, x0 / 2}; // T_0 and T_1, each of 2k + 1 taps
+  for (int k = 1; k < n; k++) {
+    std::vector<double> next(taps.size() + 2);
+    for (std::size_t i = 0; i < taps.size(); i++) next[i] += x0 * taps[i], next[i + 2] += x0 * taps[i];
+    for (std::size_t i = 0; i < before.size(); i++) next[i + 2] -= before[i];
+    before = std::exchange(taps, next);
+  }
+  std::vector<double> smoothed(taps.size() + 2);
+  for (std::size_t i = 0; i < taps.size(); i++)
+    for (int j = 0; j < 3; j++) smoothed[i + static_cast<std::size_t>(j)] += taps[i] * (j == 1 ? 0.5 : 0.25);
+  const double edge = std::acos(std::cos(pi / (2 * n)) / x0), end = std::acos(-std::cos(pi / (2 * n)) / x0);
+  double largest = 0;
+  for (int i = 0; i <= 1000000; i++) {
+    const double w = edge + (end - edge) * i / 1000000;
+    largest = std::max(largest, std::abs(std::pow(std::cos(w / 2), 2) * std::cos(n * std::acos(x0 * std::cos(w)))));
+  }
+  const auto figures = attained({{"peak", Measure::peak_db, {{edge, end}}, {}}}, fir_sampler(smoothed, 1));
+  EXPECT_NEAR(figures.at(0), db(largest), 1e-5);
 }
 
 TEST(Attained, ABandstopPoolsItsPassbands) {
