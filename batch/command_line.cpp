@@ -32,13 +32,16 @@ struct Choice {
 struct FrequencyRange {
   std::optional<Range> Job::*place;
 };
+struct Frequency {
+  std::optional<double> Job::*place;
+};
 struct OutputPath {
   std::string Job::*place;
 };
 struct Switch {
   bool Job::*place;
 };
-using Value = std::variant<Number, Choice, FrequencyRange, OutputPath, Switch>;
+using Value = std::variant<Number, Choice, FrequencyRange, Frequency, OutputPath, Switch>;
 
 template <class Table> Names options_of(const Table &table) {
   Names names;
@@ -136,6 +139,10 @@ struct OptionRow {
     const auto *flag = std::get_if<Switch>(&value);
     return flag && flag->place == place;
   }
+  bool place_is(std::optional<double> Job::*place) const {
+    const auto *frequency = std::get_if<Frequency>(&value);
+    return frequency && frequency->place == place;
+  }
   bool place_is(std::optional<int> Job::*place) const {
     const auto *number = std::get_if<Number>(&value);
     const auto *choice = std::get_if<Choice>(&value);
@@ -169,6 +176,11 @@ const std::vector<OptionRow> &option_rows() {
       {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_results, with_iir | with_analog,
        "from the s plane to the z plane, s-domain (of an entered system) for its analog response only; default: "
        "bilinear"},
+      {"--prewarp", "FREQUENCY", Frequency{&Job::prewarp}, Group::design, for_analyze, with_analog,
+       "frequency at which the bilinear mapping is exact, in the unit of the file, below half the sampling frequency; "
+       "default: 0, no prewarping"},
+      {"--prewarp-all", "", Switch{&Job::prewarp_all}, Group::design, for_analyze, with_analog,
+       "prewarp every pole and zero to its own frequency; the largest magnitude stays as it was"},
       {"--impulse-path", "PATH", Choice{&Job::impulse_path, impulse_paths}, Group::design, for_design, with_iir,
        "where the impulse-invariant mapping transforms the band: denormalized in s first, or normalized in z first; "
        "default: s-first"},
@@ -291,6 +303,14 @@ Range read_range(const OptionRow &row, const std::string &text) {
   return range;
 }
 
+double read_frequency(const OptionRow &row, const std::string &text) {
+  std::size_t used = 0;
+  const auto value = parse_number(text, &used);
+  if (!value || used != text.size()) refuse(row, quoted(text) + " is no number");
+  if (*value < 0) refuse(row, quoted(text) + " is below zero");
+  return *value;
+}
+
 std::string read_path(const OptionRow &row, const std::string &text) {
   if (text.empty()) refuse(row, "the name is empty");
   if (text == standard_output && row.value_name != std::string_view("DIR") &&
@@ -305,6 +325,7 @@ void take(const OptionRow &row, const std::string &text, Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) job.*number->place = read_number(row, *number, text);
   if (const auto *choice = std::get_if<Choice>(&row.value)) job.*choice->place = read_choice(row, *choice, text);
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) job.*range->place = read_range(row, text);
+  if (const auto *frequency = std::get_if<Frequency>(&row.value)) job.*frequency->place = read_frequency(row, text);
   if (const auto *path = std::get_if<OutputPath>(&row.value)) job.*path->place = read_path(row, text);
 }
 
@@ -312,6 +333,7 @@ bool given(const OptionRow &row, const Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) return (job.*number->place).has_value();
   if (const auto *choice = std::get_if<Choice>(&row.value)) return (job.*choice->place).has_value();
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) return (job.*range->place).has_value();
+  if (const auto *frequency = std::get_if<Frequency>(&row.value)) return (job.*frequency->place).has_value();
   if (const auto *path = std::get_if<OutputPath>(&row.value)) return !(job.*path->place).empty();
   return job.*std::get<Switch>(row.value).place;
 }
@@ -483,6 +505,10 @@ void refuse_unused_options(const Job &job, int method) {
     needs(&Job::differential_delay, comb, "--compensation comb");
     needs(&Job::stages, comb, "--compensation comb");
     needs(&Job::impulse_path, job.mapping == code(ZTransform::impulse_invariant), "--mapping impulse-invariant");
+    const bool bilinear = job.mapping.value_or(code(ZTransform::bilinear)) == code(ZTransform::bilinear);
+    needs(&Job::prewarp, bilinear, "--mapping bilinear");
+    needs(&Job::prewarp_all, bilinear, "--mapping bilinear");
+    if (row.place_is(&Job::prewarp) && job.prewarp && job.prewarp_all) refuse(row, "cannot go with --prewarp-all");
     needs(&Job::structure, job.realization.value_or(code(RealizationForm::cascade)) == code(RealizationForm::cascade),
           "--realization cascade");
     needs(&Job::detail, !job.report.empty(), "--report");

@@ -31,6 +31,8 @@ struct Job {
   std::optional<int> quantize, bits, scaling;
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file
+  std::optional<double> prewarp;        // the same
+  bool prewarp_all = false;
   bool log_frequency = false;
   bool unity_gain = false;
   bool detail = false;

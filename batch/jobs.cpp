@@ -15,6 +15,7 @@
 #include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"
 #include "engine/iir/order_estimate.h"
+#include "engine/iir/prewarp.h"
 #include "engine/iir/selectivity.h"
 
 #include <algorithm>
@@ -114,6 +115,14 @@ void load_system(const Job &job, const BatchFrontEnd &front_end) {
   if (load_system_file(job.input) != success) fail(front_end.failure(job.input + ": is no system analysis file"));
 }
 
+void choose_prewarp(const Job &job) {
+  design_state.PrewarpOption = job.prewarp_all;
+  design_state.prewarp_frequency = job.prewarp.value_or(0) * design_state.unit_factor;
+  if (job.prewarp && !can_prewarp(design_state.prewarp_frequency, entered_sample_rate()))
+    throw JobFailure(exit_usage, formatf("--prewarp: %g is not below half the sampling frequency, %g", *job.prewarp,
+                                         in_user_unit(entered_sample_rate() / 2, design_state.unit_factor)));
+}
+
 void write_results(const Job &job, BatchFrontEnd &front_end) {
   Outputs outputs;
   add_results(job, front_end, outputs);
@@ -147,6 +156,7 @@ void run_analyze(const Job &job, BatchFrontEnd &front_end) {
   if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (job.mapping) design_state.SDomainAnalysisRealizationMethod = static_cast<std::uint8_t>(*job.mapping);
   design_state.SDomainAnalysisMaximumGainOption = job.unity_gain;
+  choose_prewarp(job);
   analyze_system();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the analysis ended without a result"));
   write_results(job, front_end);

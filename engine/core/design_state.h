@@ -36,7 +36,7 @@ struct DesignState {
   std::int8_t s_input_option;
   std::uint8_t SDomainAnalysisRealizationMethod; // ZTransform; 3 computes the analog response only
   std::uint8_t SDomainAnalysisMaximumGainOption; // set the maximum gain of an entered system to 1
-  std::uint8_t PrewarpOption;
+  std::uint8_t PrewarpOption;                    // prewarp every pole and zero of an entered analog system
   std::uint8_t FileReadingMode;
   std::uint8_t board;
   std::int8_t fleng; // width of floating values in coefficient files, 14 to 22
@@ -53,6 +53,8 @@ struct DesignState {
   std::int16_t order;      // IIR order, 0 = the prototype's estimate
   std::int16_t rolloff_db; // stopband rolloff of the optimal FIR methods, dB per octave
   double transition_width; // radians per second, for types that have no transition of their own
+  // Filled by the last page of an analog system.
+  double prewarp_frequency; // radians per second, 0 = none
 };
 
 struct QuantizationSettings {

@@ -57,6 +57,7 @@ namespace brisel {
   X(command_not_available, 970)                                                                                        \
   X(dsp_word_misfit, 971)                                                                                              \
   X(bad_base_name, 972)                                                                                                \
+  X(prewarp_impossible, 980)                                                                                           \
   X(no_coefficient_words, 985)                                                                                         \
   X(coefficient_word_misfit, 986)                                                                                      \
   X(conversion_refused, 987)                                                                                           \

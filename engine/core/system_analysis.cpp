@@ -1,13 +1,19 @@
 #include "engine/core/system_analysis.h"
 
+#include "engine/analysis/fir_response.h"
 #include "engine/analysis/form_conversions.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/design_state.h"
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
+#include "engine/files/system_check.h"
+#include "engine/files/text_file.h"
+#include "engine/fir/unfold.h"
+#include "engine/iir/cascade_gain.h"
 #include "engine/iir/design_iir_sections.h"
 #include "engine/iir/form_notes.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace brisel {
@@ -57,30 +63,63 @@ void copy_entry(const SystemEntries &entries, InputOption option, IirForms &form
   }
 }
 
-double sample_rate(const SystemEntries &entries, InputOption option) {
-  switch (option) {
-  case InputOption::ratio:
-    return entries.ratio.sample_rate;
-  case InputOption::pole_zero:
-    return entries.pole_zero.sample_rate;
-  case InputOption::product:
-    return entries.product.sample_rate;
-  case InputOption::sum:
-    return entries.sum.sample_rate;
-  case InputOption::ladder_1:
-    return entries.ladder_1.sample_rate;
-  case InputOption::ladder_2:
-    return entries.ladder_2.sample_rate;
-  case InputOption::lattice:
-    return entries.lattice.sample_rate;
+bool refuse(Message number, std::string_view detail = {}) {
+  post_message(number, detail);
+  return false;
+}
+
+struct Selected {
+  Domain domain;
+  InputOption option;
+  SystemEntry entry;
+};
+Selected selected_system(const DesignState &selections) {
+  const bool digital = selections.DesignOrAnalysisType == code(DesignMethod::z_analysis);
+  const InputOption option{digital ? selections.z_input_option : selections.s_input_option};
+  return {digital ? Domain::z : Domain::s, option, system_entry(digital ? z_entries : s_entries, option)};
+}
+
+double sample_rate(SystemEntry entry) {
+  return std::visit([](const auto *system) { return system->sample_rate; }, entry);
+}
+
+std::string complaint_text(const SystemComplaint &complaint) {
+  switch (complaint.part) {
+  case SystemPart::sampling_frequency:
+    return "the sampling frequency " + complaint.reason;
+  case SystemPart::gain:
+    return "the gain " + complaint.reason;
   default:
-    return entries.fir[static_cast<std::size_t>(code(option) - code(InputOption::symmetric_fir))].sample_rate;
+    return complaint.reason;
   }
 }
 
-bool refuse(Message number) {
-  post_message(number);
-  return false;
+// Gain of an entered FIR system with a largest magnitude of 1; `work` receives its taps.
+double unity_gain(const FirEntry &entered, FirEntry &work) {
+  fir_entry_unfold(entered, work);
+  std::vector<double> taps(work.coeff.begin(), work.coeff.begin() + work.length);
+  if (entered.fir_type == code(FirSymmetry::lattice)) taps = lattice_fir_taps(taps);
+  std::vector<double> points(gain_grid_points);
+  const FrequencyGrid grid = linear_grid(0, two_pi / 2, two_pi, points);
+  std::vector<std::complex<double>> sums(points.size());
+  centred_response(taps, grid, sums);
+  double peak = 0;
+  for (const auto &value : sums) peak = std::max(peak, std::abs(value));
+  return peak > 0 ? 1 / peak : 1;
+}
+
+void scale_all(IirForms &forms, double factor) {
+  forms.parallel.pars *= factor;
+  for (double *gain : {&forms.cascade.gain, &forms.pole_zero.gain, &forms.ratio.gain, &forms.lattice.gain,
+                       &forms.ladder_1.gain, &forms.ladder_2.gain})
+    *gain *= factor;
+}
+
+// What the bilinear map of an analog system is to keep; a prewarp frequency is right by now.
+Prewarp chosen_prewarp() {
+  const DesignState &chosen = design_record.selections;
+  if (chosen.PrewarpOption) return {.every_root = true};
+  return {.frequency = chosen.prewarp_frequency};
 }
 
 // All forms of the entered system in `forms`.
@@ -108,31 +147,35 @@ bool derive_all(Domain domain, InputOption option, IirForms &forms) {
 bool SystemAnalysisConv() {
   trace(" entering SystemAnalysisConv\n");
   DesignRecord &r = design_record;
-  const bool digital = r.selections.DesignOrAnalysisType == code(DesignMethod::z_analysis);
-  const InputOption option{digital ? r.selections.z_input_option : r.selections.s_input_option};
+  const auto [domain, option, system] = selected_system(r.selections);
+  const bool digital = domain == Domain::z;
+  if (const auto complaint = check_system(domain, option, system))
+    return refuse(Message::system_has_no_form, complaint_text(*complaint));
   if (digital && is_fir_option(code(option))) {
     const FirEntry &entered = z_entries.fir[static_cast<std::size_t>(code(option) - code(InputOption::symmetric_fir))];
     std::memcpy(&r.fir_designed, &entered, sizeof entered);
     r.fir_designed.gain_option = static_cast<std::int8_t>(r.selections.GainOption);
-    return entered.length >= 1 || refuse(Message::system_has_no_form);
+    if (r.selections.SDomainAnalysisMaximumGainOption) r.fir_designed.gain = unity_gain(entered, r.fir);
+    return true;
   }
   const ZTransform method{static_cast<std::int8_t>(r.selections.SDomainAnalysisRealizationMethod)};
+  if (!digital && !can_prewarp(r.selections.prewarp_frequency, sample_rate(system)))
+    return refuse(Message::prewarp_impossible);
   IirForms &forms = digital ? r.z : r.s_unnormalized;
   copy_entry(digital ? z_entries : s_entries, option, forms);
-  if (!derive_all(digital ? Domain::z : Domain::s, option, forms)) return false;
+  if (!derive_all(domain, option, forms)) return false;
   r.realization = code(option_rows[static_cast<std::size_t>(code(option))].realization);
   if (digital) return true;
   if (method == ZTransform::s_domain_only) {
     r.realization = code(RealizationForm::nonlinear);
+    if (r.selections.SDomainAnalysisMaximumGainOption) scale_all(forms, 1 / analog_peak(forms.cascade));
     return true;
   }
-  return digitize_analog(method, AcceptPoles::anywhere);
+  return digitize_analog(method, AcceptPoles::anywhere, chosen_prewarp());
 }
 
 double entered_sample_rate() {
-  const bool digital = design_state.DesignOrAnalysisType == code(DesignMethod::z_analysis);
-  const InputOption option{digital ? design_state.z_input_option : design_state.s_input_option};
-  return sample_rate(digital ? z_entries : s_entries, option);
+  return sample_rate(selected_system(design_state).entry);
 }
 
 void analyze_system() {

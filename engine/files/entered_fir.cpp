@@ -17,6 +17,10 @@ FirSymmetry symmetry_of(InputOption option) {
   }
 }
 
+bool is_half_response(InputOption option) {
+  return option == InputOption::symmetric_fir || option == InputOption::antisymmetric_fir;
+}
+
 void clear_entered_fir(InputOption option, FirEntry &entry) {
   entry.length = 0;
   entry.shift = 0;
@@ -46,7 +50,7 @@ void enter_taps(std::span<const double> taps, InputOption option, FirEntry &entr
   entry.length = static_cast<std::int32_t>(taps.size());
   entry.odd_length = taps.size() & 1;
   entry.unique_count = (entry.length + 1) / 2;
-  if (option == InputOption::symmetric_fir || option == InputOption::antisymmetric_fir)
+  if (is_half_response(option))
     std::ranges::reverse_copy(taps.first(entry.unique_count), entry.coeff.begin());
   else
     std::ranges::copy(taps, entry.coeff.begin());

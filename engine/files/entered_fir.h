@@ -11,6 +11,9 @@ namespace brisel {
 /// The FIR type that belongs to an input option 7 to 10.
 FirSymmetry symmetry_of(InputOption option);
 
+/// Options 7 and 8, whose entry holds half the taps.
+bool is_half_response(InputOption option);
+
 /// What an entered FIR system has beside its taps, gain and sampling rate: no taps yet, no window, no scaling.
 void clear_entered_fir(InputOption option, FirEntry &entry);
 

@@ -5,6 +5,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/entered_fir.h"
 #include "engine/files/fixed_columns.h"
+#include "engine/files/system_lists.h"
 #include "engine/files/text_file.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ constexpr std::size_t sampling_column = 27, unit_column = 41;
 constexpr const char *gain_label = "INITIAL GAIN ";
 constexpr std::size_t gain_column = 13, fir_gain_column = 27, fir_value_column = 11;
 constexpr int values_per_line = 5;
-constexpr int most_ratio_values = 161;
+constexpr int most_ratio_values = max_ratio_order + 1;
 
 /// A line with a count: what the writer puts before it, the column where the reader looks, and what it accepts.
 struct CountLine {
@@ -42,17 +43,13 @@ constexpr CountLine pole_count{"POLES OF TRANSFER FUNCTION H(s)  ", 33, 5, 0, ma
 constexpr CountLine section_count{"NUMBER OF SECTIONS ", 19, 3, 1, max_sections};
 constexpr CountLine lead_count{"NUMBER OF LEADING ZEROS ", 19, 3, 0, max_lead};
 constexpr CountLine ladder_order{"ORDER OF LADDER ", 16, 3, 2, max_order};
-constexpr CountLine lattice_order{"ORDER OF LATTICE ", 17, 3, 2, max_order};
+constexpr CountLine lattice_order{"ORDER OF LATTICE ", 17, 3, min_lattice_order, max_order};
 constexpr CountLine tap_count{"NUMBER OF TAPS ", 15, 5, 1, max_taps};
 constexpr const char *section_numerators = "NUMERATOR COEFFICIENTS ";
 constexpr const char *section_denominators = "DENOMINATOR COEFFICIENTS";
 constexpr const char *ladder_values = "LADDER COEFFICIENTS";
 constexpr const char *gamma_values = "LATTICE GAMMA COEFFICIENTS";
 constexpr const char *kappa_values = "LATTICE KAPPA COEFFICIENTS";
-
-bool is_half_response(InputOption option) {
-  return option == InputOption::symmetric_fir || option == InputOption::antisymmetric_fir;
-}
 
 template <class Entries> auto &fir_entry(Entries &entries, InputOption option) {
   return entries.fir[code(option) - code(InputOption::symmetric_fir)];
@@ -149,13 +146,7 @@ struct Reader {
     if (!gain(entry.gain) || !ratio_list(numerator_count, 2, entry.numerator, entry.numerator_order) ||
         !ratio_list(denominator_count, 3, entry.denominator, entry.denominator_order))
       return false;
-    if (reading.domain == Domain::s) return true;
-    const std::int16_t order = std::max(entry.numerator_order, entry.denominator_order);
-    std::rotate(entry.numerator.begin(), entry.numerator.begin() + entry.numerator_order + 1,
-                entry.numerator.begin() + order + 1);
-    std::rotate(entry.denominator.begin(), entry.denominator.begin() + entry.denominator_order + 1,
-                entry.denominator.begin() + order + 1);
-    entry.numerator_order = entry.denominator_order = order;
+    if (reading.domain == Domain::z) align_digital_ratio(entry);
     return true;
   }
 
@@ -193,16 +184,8 @@ struct Reader {
     if (!triples(2, 2, std::span(entry.numerators).first(sections)) ||
         !triples(3, 4, std::span(entry.denominators).first(sections)))
       return false;
-    for (int i = 0; i < sections; i++) entry.order += degree(entry.numerators[i], entry.denominators[i]);
+    entry.order = order_of_sections(reading.domain, entry);
     return true;
-  }
-  /// What a section adds to the order: powers of z^-1, or of s, that it has.
-  std::int16_t degree(const Triple &numerator, const Triple &denominator) const {
-    const auto has = [&](int power) {
-      const int place = reading.domain == Domain::z ? power : 2 - power;
-      return denominator[place] != 0 || numerator[place] != 0;
-    };
-    return has(2) ? 2 : has(1) ? 1 : 0;
   }
 
   bool ladder(LadderEntry &entry, std::int8_t form) {
@@ -484,6 +467,7 @@ int load_system_file(const std::string &path) {
     post_message(Message::system_file_refused, where + reading.reason);
     return result;
   }
+  design_state.prewarp_frequency = 0; // belonged to the system before
   const bool digital = reading.domain == Domain::z;
   (digital ? z_path[code(reading.option)] : s_path[code(reading.option)]) = path;
   trace(" read filter analysis file\n");

@@ -1,13 +1,15 @@
 // bilinear_map.cpp - A. V. Oppenheim, R. W. Schafer, Discrete-Time Signal Processing, ch. 7.
 #include "engine/iir/bilinear_map.h"
 
+#include <cmath>
 #include <numbers>
 
 namespace brisel {
 
-void bilinear_map(const SectionEntry &s, SectionEntry &z) {
+void bilinear_map(const SectionEntry &s, SectionEntry &z, double exact) {
   z = s;
-  const double k = std::numbers::pi / s.sample_rate;
+  const double plain = std::numbers::pi / s.sample_rate;
+  const double k = exact > 0 ? std::tan(exact * plain) / exact : plain;
   for (int i = 0; i < s.section_count; i++) {
     const bool second_order = s.numerators[i][0] != 0 || s.denominators[i][0] != 0;
     const bool first_order = s.numerators[i][1] != 0 || s.denominators[i][1] != 0;

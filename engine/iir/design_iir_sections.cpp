@@ -121,19 +121,33 @@ bool holds_in_double(const SectionEntry &e) {
 constexpr double enough_digits = 9; // fewer are told to the user
 constexpr double least_digits = 3;  // fewer make no filter
 
-// Largest magnitude of an analog filter up to half the sampling frequency: matched Z sections, whose zeros at the end
-// of the band are not the analog ones, get the gain of an entered system back from it.
-double analog_peak(const SectionEntry &analog) {
-  constexpr int points = 1001;
-  Values s(points);
-  for (int i = 0; i < points; i++) s[i] = {0, analog.sample_rate / 2 * i / (points - 1)};
-  double peak = 0;
-  for (const auto &value : cascade_values(analog, s)) peak = std::max(peak, std::abs(value));
-  return std::isfinite(peak) && peak > 0 ? peak : 1;
+std::string in_user_unit(const DesignState &selections, double frequency) {
+  return formatf("%g %s", frequency / unit_row(selections.FrequencyMode).factor,
+                 selections.FrequencyMode ? "rad/s" : "Hz");
+}
+
+bool map_bilinear(const SectionEntry &analog, const Prewarp &prewarp, const DesignState &selections,
+                  SectionEntry &digital) {
+  if (!prewarp.every_root) {
+    bilinear_map(analog, digital, prewarp.frequency);
+    if (prewarp.frequency > 0)
+      design_notes.push_back(formatf("The bilinear transformation is prewarped: it is exact at %s.",
+                                     in_user_unit(selections, prewarp.frequency).c_str()));
+    return true;
+  }
+  SectionEntry prewarped;
+  if (const auto beyond = prewarp_roots(analog, prewarped))
+    return refuse(Message::prewarp_impossible,
+                  formatf("a pole or zero has the frequency %s, half the sampling frequency is %s",
+                          in_user_unit(selections, *beyond).c_str(),
+                          in_user_unit(selections, analog.sample_rate / 2).c_str()));
+  bilinear_map(prewarped, digital);
+  design_notes.push_back("Every pole and zero is prewarped to its own frequency.");
+  return true;
 }
 
 // Bilinear and matched Z: section by section, then ordered, then to a peak of 1 unless the system keeps its gain.
-bool map_cascade(DesignRecord &r, ZTransform method) {
+bool map_cascade(DesignRecord &r, ZTransform method, const Prewarp &prewarp) {
   IirForms &analog = r.s_unnormalized;
   list(" S Domain Unnormalized: cascaded\n", analog.cascade);
   keep_if(cascade_to_parallel(Domain::s, analog.cascade, analog.parallel), analog.parallel);
@@ -145,7 +159,7 @@ bool map_cascade(DesignRecord &r, ZTransform method) {
 
   SectionEntry &cascade = r.z.cascade;
   if (method == ZTransform::bilinear) {
-    bilinear_map(analog.cascade, cascade);
+    if (!map_bilinear(analog.cascade, prewarp, r.selections, cascade)) return false;
     list(" Z Domain Unnormalized: cascaded - bilinear\n", cascade);
   } else {
     matched_z_map(analog.cascade, cascade, static_cast<FilterType>(r.spec.type));
@@ -156,9 +170,11 @@ bool map_cascade(DesignRecord &r, ZTransform method) {
   if (!reorder_sections(cascade, work, dropped_delay)) return refuse(Message::result_not_finite);
   note_dropped_delay(dropped_delay);
   list(" Z Domain Unnormalized: cascaded - reorder sections\n", cascade);
-  const bool keep_gain = analog.cascade.keep_gain != 0;
-  if (!keep_gain || method == ZTransform::matched_z) compute_cas_gain(cascade);
-  if (keep_gain && method == ZTransform::matched_z) cascade.gain *= analog_peak(analog.cascade);
+  // Roots that were moved one by one, and zeros put at the end of the band, are not the analog filter's: the gain of an
+  // entered system comes back from its largest magnitude.
+  const bool keep_gain = analog.cascade.keep_gain != 0, moved = method == ZTransform::matched_z || prewarp.every_root;
+  if (!keep_gain || moved) compute_cas_gain(cascade);
+  if (keep_gain && moved) cascade.gain *= analog_peak(analog.cascade);
   list(" Z Domain Unnormalized: cascaded - compute cas_gain\n", cascade);
   return true;
 }
@@ -207,10 +223,19 @@ bool map_parallel(DesignRecord &r, bool designed) {
 
 } // namespace
 
-bool digitize_analog(ZTransform method, AcceptPoles accepted) {
+double analog_peak(const SectionEntry &analog) {
+  constexpr int points = 1001;
+  Values s(points);
+  for (int i = 0; i < points; i++) s[i] = {0, analog.sample_rate / 2 * i / (points - 1)};
+  double peak = 0;
+  for (const auto &value : cascade_values(analog, s)) peak = std::max(peak, std::abs(value));
+  return std::isfinite(peak) && peak > 0 ? peak : 1;
+}
+
+bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp) {
   DesignRecord &r = design_record;
   const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
-  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method))) return false;
+  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method, prewarp))) return false;
 
   FormReport found{};
   const RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;

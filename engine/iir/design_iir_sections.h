@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/core/code_tables.h"
+#include "engine/iir/prewarp.h"
 
 namespace brisel {
 
@@ -16,7 +17,11 @@ bool design_iir_sections();
 enum class AcceptPoles { inside_only, anywhere };
 
 /// The second half of it: from the cascade in the record's `s_unnormalized` to `z` in all its forms. Used for entered
-/// analog systems too, which keep their gain when the cascade says so.
-bool digitize_analog(ZTransform method, AcceptPoles accepted);
+/// analog systems too, which keep their gain when the cascade says so, and may be prewarped for the bilinear map.
+bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp = {});
+
+/// Largest magnitude of an analog filter at frequencies up to half the sampling frequency, 1 when that is 0 or not
+/// finite.
+double analog_peak(const SectionEntry &analog);
 
 } // namespace brisel

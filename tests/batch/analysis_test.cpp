@@ -86,6 +86,21 @@ TEST_F(Analysis, TheObjectHasTheFormsOfTheSystem) {
   EXPECT_GT(std::abs(peak(run("analyze resonator.inp")) - 1), 1e-3);
 }
 
+TEST_F(Analysis, APrewarpedMapKeepsItsFrequency) {
+  // A Butterworth filter of order 3 with its corner at 1000 Hz, where its magnitude is the root of 1/2.
+  const auto at_corner = [&](const char *options) {
+    const Json result = run(std::string("analyze analog-butterworth.inp --frequency-points 1001 "
+                                        "--frequency-range 0:2000 ") +
+                            options);
+    return result["responses"]["magnitude"][500].get<double>();
+  };
+  const double corner = std::sqrt(0.5);
+  EXPECT_NEAR(at_corner("--prewarp 1000"), corner, 1e-8); // the file has nine digits
+  EXPECT_NEAR(at_corner("--prewarp-all"), corner, 1e-8);
+  EXPECT_GT(std::abs(at_corner("") - corner), 0.01);
+  EXPECT_EQ(at_corner("--prewarp 0"), at_corner(""));
+}
+
 TEST_F(Analysis, ReportAndTraceAreOutputsLikeOthers) {
   ASSERT_EQ(shop.run("design lowpass.spc --report r.txt --trace t.txt").status, 0);
   ASSERT_EQ(shop.run("design lowpass.spc --report d.txt --detail --trace h.txt --trace-level high").status, 0);
@@ -132,6 +147,12 @@ TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
                "--scaling: has a meaning for FIR systems only"},
            Row{"analyze analog-butterworth.inp --frequency-range 0:1e9", 2, "above the sampling frequency"},
            Row{"analyze biquads.inp --method iir", 2, "--method"},
+           Row{"analyze biquads.inp --prewarp 100", 2, "--prewarp: has no meaning for a digital system"},
+           Row{"analyze analog-butterworth.inp --prewarp 4000", 2, "not below half the sampling frequency, 4000"},
+           Row{"analyze analog-butterworth.inp --prewarp 1k", 2, "'1k' is no number"},
+           Row{"analyze analog-butterworth.inp --prewarp -1", 2, "below zero"},
+           Row{"analyze analog-butterworth.inp --prewarp 10 --prewarp-all", 2, "cannot go with --prewarp-all"},
+           Row{"analyze analog-butterworth.inp --prewarp-all --mapping matched-z", 2, "needs --mapping bilinear"},
            Row{"design lowpass.spc --unity-gain", 2, "--unity-gain"},
            Row{"design lowpass.spc --mapping s-domain", 2, "--mapping: s-domain is for the analysis"},
            Row{"design lowpass.spc --detail", 2, "--detail: needs --report"},

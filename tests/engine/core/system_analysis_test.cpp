@@ -122,6 +122,119 @@ TEST(SystemAnalysis, TakesFirSystemsFromOneTap) {
   EXPECT_DOUBLE_EQ(plot_arrays.magnitude[500], 6);
 }
 
+TEST(SystemAnalysis, SetsTheMaximumGainOfEveryKindOfSystem) {
+  const std::string z = "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - ",
+                    s = "DIGITAL SYSTEM ANALYSIS - S DOMAIN INPUT\nINPUT OPTION - ",
+                    rate = "SAMPLING FREQUENCY           8.00000e+03 HERTZ\n";
+  const std::string systems[] = {
+      z + "SYMMETRIC FIR FILTER\n" + rate + "NUMBER OF TAPS     3 GAIN=  2.000000000e+00\nH(   0) =  1\nH(   1) =  5\n",
+      z + "ANTISYMMETRIC FIR FILTER\n" + rate + "NUMBER OF TAPS     2 GAIN=  2.000000000e+00\n-H(   0) = 3\n",
+      z + "LATTICE FIR FILTER\n" + rate + "NUMBER OF TAPS     1 GAIN=  1.000000000e+00\nH(   0) =  0.5\n",
+      s + "PRODUCT OF 2ND ORDER SECTIONS\n" + rate +
+          "INITIAL GAIN  3.00000000e+00\nNUMBER OF SECTIONS   1\n\n0 0 1000\n\n0 1 500\n",
+  };
+  for (const std::string &system : systems) {
+    Engine engine;
+    design_state.SDomainAnalysisMaximumGainOption = 1;
+    design_state.SDomainAnalysisRealizationMethod = code(ZTransform::s_domain_only);
+    analyse(system);
+    ASSERT_TRUE(design_record.valid) << system;
+    const auto &magnitude = plot_arrays.magnitude;
+    EXPECT_NEAR(*std::max_element(magnitude.begin(), magnitude.begin() + plot_arrays.frequency_count), 1, 1e-12)
+        << system;
+  }
+}
+
+// 2000 (s^2 + w^2) over poles at 680 and 955 Hz, w = 2 pi 2500, at 8000 Hz.
+const char *const notch = "DIGITAL SYSTEM ANALYSIS - S DOMAIN INPUT\n"
+                          "INPUT OPTION - RATIO OF TWO POLYNOMIALS N(s)/D(s)\n"
+                          "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nINITIAL GAIN  1.00000000e+00\n"
+                          "NUMERATOR COEFFICIENTS   - HIGHEST ORDER FIRST    3\n 2000 0 493480220054.4679\n"
+                          "DENOMINATOR COEFFICIENTS - HIGHEST ORDER FIRST    4\n 1 9000 36250000 109500000000\n";
+
+TEST(SystemAnalysis, PrewarpsTheBilinearMap) {
+  // SciPy 1.10: signal.bilinear_zpk with the sampling frequency w / (2 tan(w / (2 fs))); for every root on its own with
+  // roots r tan(|r| / (2 fs)) / (|r| / (2 fs)) and the gain from the largest magnitudes on 1001 points.
+  const struct {
+    const char *name;
+    double frequency; // hertz
+    bool every_root;
+    std::array<double, 4> numerator, denominator;
+  } rows[] = {
+      {"plain",
+       0,
+       false,
+       {0.14182667607792762, 0.13660211018596566, 0.1366021101859657, 0.14182667607792765},
+       {1, -1.9301079060582553, 1.3728048522462797, -0.3191339304605402}},
+      {"at 1000 Hz",
+       1000,
+       false,
+       {0.1533095700549799, 0.16401148605521598, 0.164011486055216, 0.15330957005497992},
+       {1, -1.8749849949102528, 1.31478840898746, -0.298980522978426}},
+      {"at the notch",
+       2500,
+       false,
+       {0.2706226117118749, 0.47774819156288534, 0.4777481915628854, 0.27062261171187496},
+       {1, -1.4221539616594203, 0.9194725678377362, -0.16520153388900957}},
+      {"near half the sampling frequency",
+       3900,
+       false,
+       {3.2240799190490774, 9.62397246682237, 9.62397246682237, 3.224079919049077},
+       {1, 2.293612135717243, 1.8741333511996352, 0.534050366613547}},
+      {"every root",
+       0,
+       true,
+       {0.10520527382286933, 0.18572590440175887, 0.18572590440175887, 0.10520527382286933},
+       {1, -1.8956407166708316, 1.3322489614404431, -0.303164793323693}},
+  };
+  for (const auto &row : rows) {
+    Engine engine;
+    ASSERT_EQ(read_system_text(notch, design_state, z_entries, s_entries), 0);
+    design_state.prewarp_frequency = row.frequency * two_pi;
+    design_state.PrewarpOption = row.every_root;
+    analyze_system();
+    ASSERT_TRUE(design_record.valid) << row.name;
+    const RatioEntry &ratio = design_record.z_quantized.ratio;
+    ASSERT_EQ(ratio.denominator_order, 3);
+    for (std::size_t i = 0; i < 4; i++) {
+      EXPECT_NEAR(ratio.gain * ratio.numerator[i], row.numerator[i], 1e-9 * row.numerator[1]) << row.name << i;
+      EXPECT_NEAR(ratio.denominator[i], row.denominator[i], 1e-9) << row.name << i;
+    }
+    // The analog response, by its own formula, at the frequency that the map keeps.
+    if (row.frequency > 0) {
+      plot_settings.autoreset = 0;
+      plot_settings.frequency_range = {0, two_pi * 2 * row.frequency}; // the middle of 1001 points
+      analyze_system();
+      const std::complex<double> s(0, two_pi * row.frequency);
+      const double analog =
+          std::abs((2000.0 * s * s + 493480220054.4679) / (((s + 9000.0) * s + 36250000.0) * s + 109500000000.0));
+      EXPECT_NEAR(plot_arrays.magnitude[500], analog, 1e-9) << row.name;
+    }
+  }
+}
+
+TEST(SystemAnalysis, RefusesFrequenciesThatCannotBePrewarped) {
+  const struct {
+    double frequency;
+    bool every_root;
+    double rate;
+    bool valid;
+  } rows[] = {{4000, false, 8000, false}, {-1, false, 8000, false}, {3999, false, 8000, true},
+              {0, true, 5000, false},     {0, true, 5001, true},    {0, false, 5000, true}};
+  for (const auto &row : rows) {
+    Engine engine;
+    ASSERT_EQ(read_system_text(notch, design_state, z_entries, s_entries), 0);
+    s_entries.ratio.sample_rate = row.rate * two_pi;
+    design_state.prewarp_frequency = row.frequency * two_pi;
+    design_state.PrewarpOption = row.every_root;
+    analyze_system();
+    EXPECT_EQ(design_record.valid != 0, row.valid) << row.frequency << row.every_root;
+    if (row.valid) continue;
+    ASSERT_FALSE(engine.front.posted.empty());
+    EXPECT_EQ(engine.front.posted.back().number, Message::prewarp_impossible);
+  }
+}
+
 TEST(Report, IsWrittenOnlyOnRequestAndInItsOrder) {
   Engine engine;
   ASSERT_EQ(load_filter_spec(BRISEL_SOURCE_DIR "/examples/lowpass.spc"), success);
