@@ -270,6 +270,9 @@ bool design_iir_sections() {
   const DesignState &selections = r.selections;
   const ZTransform method{selections.ZTransformMethod};
   const AnalogPrototype family{selections.analog_type};
+  // A system that was analysed before may have kept its gain there; a design never does.
+  for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z})
+    forms->cascade.keep_gain = forms->parallel.keep_gain = 0;
   if (selections.CompensationOption) return refuse(Message::iir_compensation_not_available);
   if (selections.PhaseEqualizationOption) return refuse(Message::phase_equalizer_not_available);
   if (selections.analog_type < 0 || selections.analog_type >= static_cast<int>(analog_prototypes.size()) ||

@@ -8,13 +8,30 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QScrollBar>
+#include <QShortcut>
 #include <QTextDocumentFragment>
+
+#include <algorithm>
 
 namespace brisel {
 
 namespace {
-constexpr QSize start_size(760, 560);
+
+constexpr QSize least_size(480, 560);
+
+/// Wide enough for the longest line, where the screen is.
+QSize start_size(const QPlainTextEdit &view) {
+  qsizetype longest = 0;
+  for (const QStringView line : QStringTokenizer(view.toPlainText(), u'\n')) longest = std::max(longest, line.size());
+  const int text = view.fontMetrics().horizontalAdvance('0') * static_cast<int>(std::min<qsizetype>(longest + 2, 1000));
+  const int around = view.verticalScrollBar()->sizeHint().width() + 50;
+  return least_size.expandedTo(QSize(text + around, 0)).boundedTo(view.screen()->availableSize() * 0.9);
 }
+
+} // namespace
 
 TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QString &caption, const std::string &text)
     : QDialog(parent) {
@@ -26,7 +43,19 @@ TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QStri
   pText_Edit->setPlainText(QString::fromStdString(text));
   connect(pCopy_Button, &QPushButton::clicked, this, &TextViewDialog::copy);
   connect(pSave_Button, &QPushButton::clicked, this, &TextViewDialog::save);
-  resize(start_size);
+  pText_Edit->installEventFilter(this);
+  connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, &TextViewDialog::save);
+  pCopy_Button->setToolTip("The selected text, or all of it (Ctrl+C)");
+  pSave_Button->setToolTip("All text as a file (Ctrl+S)");
+  resize(start_size(*pText_Edit));
+}
+
+// The text itself would copy nothing when nothing is selected.
+bool TextViewDialog::eventFilter(QObject *object, QEvent *event) {
+  if (event->type() != QEvent::KeyPress || !static_cast<QKeyEvent *>(event)->matches(QKeySequence::Copy))
+    return QDialog::eventFilter(object, event);
+  copy();
+  return true;
 }
 
 void TextViewDialog::add_button(const QString &label, const char *button_name, std::function<void()> action) {

@@ -15,6 +15,9 @@ public:
   /// A further button, left of the others.
   void add_button(const QString &label, const char *button_name, std::function<void()> action);
 
+protected:
+  bool eventFilter(QObject *object, QEvent *event) override;
+
 private:
   void copy();
   void save();

@@ -20,8 +20,6 @@ protected:
     set_start_values();
     dialogs.answer = [this](QDialog &dialog) {
       seen.append(dialog.objectName());
-      if (const QString folder = qEnvironmentVariable("BRISEL_SCREENSHOTS"); !folder.isEmpty())
-        dialog.grab().save(folder + "/" + dialog.objectName() + ".png");
       if (step >= steps.size()) return dialog.reject();
       const std::size_t current = step++;
       steps[current](dialog);

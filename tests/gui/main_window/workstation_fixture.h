@@ -16,6 +16,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
 
@@ -23,6 +24,14 @@
 #include <functional>
 
 namespace brisel {
+
+/// With BRISEL_SCREENSHOTS=FOLDER in the environment, every window that the tests meet leaves its picture there.
+inline void take_screenshot(QWidget &shown, QString name = {}) {
+  const QString folder = qEnvironmentVariable("BRISEL_SCREENSHOTS");
+  if (folder.isEmpty()) return;
+  if (name.isEmpty()) name = shown.objectName().isEmpty() ? shown.windowTitle() : shown.objectName();
+  shown.grab().save(folder + "/" + name.replace(QRegularExpression("[^A-Za-z0-9]+"), "-") + ".png");
+}
 
 /// Answers modal windows as they open: message boxes are read and closed, file dialogs get the next of `file_names` or
 /// are cancelled, other dialogs go to `answer`, which goes on through the pages of a run and cancels what is no page.
@@ -32,6 +41,9 @@ public:
     QObject::connect(&timer, &QTimer::timeout, [this] { look(); });
     timer.start(5);
   }
+
+  void pause() { timer.stop(); }
+  void resume(int milliseconds = 5) { timer.start(milliseconds); }
 
   QStringList messages; // texts of message boxes
   QStringList captions; // of all modal windows
@@ -50,6 +62,7 @@ private:
     }
     auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
     if (!dialog || !dialog->isVisible()) return;
+    take_screenshot(*dialog);
     if (captions.isEmpty() || captions.last() != dialog->windowTitle()) captions.append(dialog->windowTitle());
     if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
       messages.append(box->text());

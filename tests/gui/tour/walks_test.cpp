@@ -1,0 +1,332 @@
+// walks_test.cpp - every sequence from the menu to the plots and back, with keys and clicks, and the result against the
+// same job run by the batch command on the specification that the workstation saved.
+#include "engine/analysis/plot_arrays.h"
+#include "engine/core/start_up.h"
+#include "engine/files/spec_file.h"
+#include "tests/gui/main_window/workstation_fixture.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTableWidget>
+
+#include <nlohmann/json.hpp>
+
+namespace brisel {
+namespace {
+
+struct Entry {
+  const char *field, *text; // an item's number for a combo box, a column's for a table: "row,column"
+};
+struct WalkPage {
+  const char *name;
+  std::vector<Entry> entries;
+};
+struct TypeRow {
+  const char *name;
+  int fir_button, iir_button; // on the design pages, -1 where not offered
+  std::vector<WalkPage> pages;
+};
+
+const std::vector<TypeRow> &types() {
+  const auto edges = [](const char *pass, const char *stop) {
+    return std::vector<WalkPage>{{"cLowHighSpecDialog",
+                                  {{"SamplingFrequency_Edit", "8000"},
+                                   {"PassbandFrequency_Edit", pass},
+                                   {"StopbandFrequency_Edit", stop},
+                                   {"PassbandRipple_Edit", "0.25"},
+                                   {"StopbandRipple_Edit", "45"}}}};
+  };
+  const auto bands = [](const char *pass0, const char *pass1, const char *stop0, const char *stop1) {
+    return std::vector<WalkPage>{{"cBandPassStopSpecDialog",
+                                  {{"pSamplingFrequency_Edit", "48000"},
+                                   {"pPassbandFreq0_Edit", pass0},
+                                   {"pPassbandFreq1_Edit", pass1},
+                                   {"pStopbandFreq0_Edit", stop0},
+                                   {"pStopbandFreq1_Edit", stop1},
+                                   {"pPassbandRipple_Edit", "0.5"},
+                                   {"pStopbandRipple_Edit", "40"}}}};
+  };
+  const std::vector<WalkPage> cosine{{"cRaiseCosSpecDialog",
+                                      {{"pSampFreq_Edit", "16000"},
+                                       {"pSymbol_Edit", "3000"},
+                                       {"pRolloff_Edit", "0.4"},
+                                       {"pPassRipple_Edit", "0.2"},
+                                       {"pStopRipple_Edit", "35"}}}};
+  static const std::vector<TypeRow> rows{
+      {"LOW PASS", 0, 0, edges("1100", "1600")},
+      {"HIGH PASS", 1, 1, edges("1600", "1100")},
+      {"BAND PASS", 2, 2, bands("5000", "9000", "4000", "10500")},
+      {"BAND STOP", 3, 3, bands("4000", "10500", "5000", "9000")},
+      {"DIFFERENTIATOR",
+       4,
+       -1,
+       {{"cDifferSpecDialog",
+         {{"pSampFreq_Edit", "8000"}, {"pEdge2Freq_Edit", "3200"}, {"pRipple_Edit", "2"}, {"pSlope_Edit", "1.5"}}}}},
+      {"MULTIBAND",
+       5,
+       -1,
+       {{"cMBandArbMagSpecDialog", {{"pSampFreq_Edit", "8000"}, {"pNumBands_Edit", "2"}}},
+        {"cMBandSpecDialog",
+         {{"pRE1_Edit", "1000"},
+          {"pDV1_Edit", "0.75"},
+          {"pR1_Edit", "0.02"},
+          {"pLE2_Edit", "1600"},
+          {"pRE2_Edit", "4000"},
+          {"pR2_Edit", "0.005"}}}}},
+      {"HILBERT TRANSFORMER",
+       6,
+       -1,
+       {{"cHilbertSpecDialog",
+         {{"pSampFreq_Edit", "8000"},
+          {"pEdge1Freq_Edit", "500"},
+          {"pEdge2Freq_Edit", "3500"},
+          {"pRipple_Edit", "3"}}}}},
+      {"ARBITRARY MAGNITUDE",
+       7,
+       -1,
+       {{"cMBandArbMagSpecDialog", {{"pSampFreq_Edit", "8000"}, {"pNumBands_Edit", "2"}}},
+        {"cArbMagSpec1Dialog",
+         {{"pRE1_Edit", "1400"}, {"pGT1_Box", "1"}, {"pR1_Edit", "0.02"}, {"pLE2_Edit", "2000"}, {"pR2_Edit", "0.01"}}},
+        {"cArbMagSpec2Dialog", {{"pPoints_Table", "1,1"}, {"", "0.5"}}}}},
+      {"HALF BAND",
+       8,
+       -1,
+       {{"cHalfbandSpecDialog", {{"pSampFreq_Edit", "8000"}, {"pPassFreq_Edit", "1500"}, {"pRipple_Edit", "45"}}}}},
+      {"RAISED COSINE", 9, -1, cosine},
+      {"ROOT RAISED COSINE", 10, -1, cosine},
+  };
+  return rows;
+}
+
+struct MethodRow {
+  int position;               // in the Design menu
+  std::vector<Entry> design;  // on the first page: buttons, "" for a click
+  const char *page;           // of the method; a type has its own where it has no estimates
+  std::vector<Entry> entries; // there
+  const char *options;        // of the batch command
+};
+
+class WalksTest : public WorkstationTest {
+protected:
+  void SetUp() override {
+    WorkstationTest::SetUp();
+    set_start_values();
+    dialogs.resume(1);
+    // Nothing of an earlier analysis may stay in a design, its gain for one.
+    for (const char *file : {"analog-butterworth.inp", "biquads.inp"})
+      window->load_file(QString::fromStdString(example(file)));
+    ASSERT_TRUE(window->has_result());
+    set_start_values();
+    dialogs.answer = [this](QDialog &dialog) { turn_page(dialog); };
+  }
+
+  static void enter(QDialog &dialog, const std::vector<Entry> &entries) {
+    for (std::size_t i = 0; i < entries.size(); i++) {
+      auto *widget = dialog.findChild<QWidget *>(entries[i].field);
+      ASSERT_TRUE(widget) << dialog.objectName().toStdString() << ": " << entries[i].field;
+      if (auto *button = qobject_cast<QAbstractButton *>(widget)) {
+        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(10, button->height() / 2));
+      } else if (auto *box = qobject_cast<QComboBox *>(widget)) {
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Home);
+        for (int n = QString(entries[i].text).toInt(); n > 0; n--) QTest::keyClick(box, Qt::Key_Down);
+      } else if (auto *table = qobject_cast<QTableWidget *>(widget)) {
+        const QStringList cell = QString(entries[i].text).split(',');
+        table->setFocus();
+        table->setCurrentCell(cell[0].toInt(), cell[1].toInt());
+        QTest::keyClick(table, Qt::Key_F2);
+        auto *editor = table->findChild<QLineEdit *>();
+        ASSERT_TRUE(editor);
+        editor->selectAll();
+        QTest::keyClicks(editor, entries[++i].text);
+        QTest::keyClick(editor, Qt::Key_Tab);
+      } else {
+        auto *edit = qobject_cast<QLineEdit *>(widget);
+        ASSERT_TRUE(edit) << entries[i].field;
+        edit->setFocus();
+        edit->selectAll();
+        QTest::keyClicks(edit, entries[i].text);
+      }
+    }
+  }
+
+  /// The pages in their order; the last is left backwards once, and what it led back to must have kept its values.
+  void turn_page(QDialog &dialog) {
+    const QString name = dialog.objectName();
+    if (page >= pages.size()) return dialog.reject();
+    const WalkPage &expected = pages[page];
+    EXPECT_EQ(name.toStdString(), expected.name);
+    if (!went_back || page + 1 == pages.size()) enter(dialog, expected.entries);
+    for (const Entry &entry : expected.entries) {
+      const auto *edit = dialog.findChild<QLineEdit *>(entry.field);
+      EXPECT_EQ(edit ? edit->text() : entry.text, entry.text) << entry.field;
+    }
+    const bool last = page + 1 == pages.size();
+    if (last && !went_back && dialog.findChild<QPushButton *>("pPrev_Button")) {
+      went_back = true;
+      page = first_page;
+      // Prev on a method's page leads to the first page of the specification.
+      QTest::mouseClick(dialog.findChild<QPushButton *>("pPrev_Button"), Qt::LeftButton);
+      return;
+    }
+    page++;
+    EXPECT_TRUE(dialog.findChild<QPushButton *>("pNext_Button")->isEnabled()) << name.toStdString();
+    QTest::keyClick(&dialog, Qt::Key_Return);
+    if (dialog.isVisible()) dialog.reject();
+  }
+
+  /// An item of a menu by its keys: Alt and the menu's letter, then down to the item.
+  void choose(Qt::Key menu_letter, int position) {
+    window->activateWindow();
+    QCoreApplication::processEvents();
+    QTest::keyClick(window.get(), menu_letter, Qt::AltModifier);
+    QWidget *menu = QApplication::activePopupWidget();
+    ASSERT_TRUE(menu);
+    QTest::keyClick(menu, Qt::Key_Home);
+    for (int i = 0; i < position; i++) QTest::keyClick(menu, Qt::Key_Down);
+    QTest::keyClick(menu, Qt::Key_Return);
+  }
+
+  void walk(const TypeRow &type, int type_button, const MethodRow &method) {
+    SCOPED_TRACE(std::string(type.name) + " " + method.options);
+    const bool iir = method.position == 0;
+    const std::string type_name = "pType" + std::to_string(type_button) + "_Button";
+    std::vector<Entry> design = method.design;
+    design.push_back({type_name.c_str(), ""});
+    pages = {{iir ? "cIirDesignDialog" : "cFirDesignDialog", design}};
+    first_page = pages.size();
+    pages.insert(pages.end(), type.pages.begin(), type.pages.end());
+    pages.push_back({method.page, method.entries});
+    page = 0;
+    went_back = false;
+    dialogs.messages.clear();
+    design_record.valid = 0;
+    choose(Qt::Key_D, method.position);
+    EXPECT_EQ(page, pages.size());
+    EXPECT_EQ(filter_types[static_cast<std::size_t>(current_spec->type)].file_name, type.name);
+
+    const std::string saved = "walk" + std::to_string(++walks) + ".spc";
+    if (!design_record.valid) { // then there is nothing to save; the batch command finds the same file without a design
+      ASSERT_TRUE(write_filter_spec(folder.path(saved), *current_spec, nullptr));
+    } else {
+      dialogs.file_names = {at(saved)};
+      window->activateWindow();
+      QCoreApplication::processEvents();
+      QTest::keyClick(window.get(), Qt::Key_S, Qt::ControlModifier);
+      ASSERT_TRUE(dialogs.file_names.empty());
+    }
+    const Outcome batch = folder.run("design " + saved + " " + method.options + " --json -");
+    EXPECT_EQ(batch.status == 0, design_record.valid != 0) << batch.err << dialogs.messages.join("; ").toStdString();
+    if (batch.status != 0 || !design_record.valid) return;
+    const auto json = nlohmann::json::parse(batch.out);
+    if (iir)
+      compare(json["iir"]);
+    else
+      compare_taps(json["fir"]);
+    EXPECT_EQ(json["responses"]["magnitude"].get<std::vector<double>>(),
+              std::vector<double>(plot_arrays.magnitude.begin(),
+                                  plot_arrays.magnitude.begin() + plot_arrays.frequency_count));
+    EXPECT_FALSE(plot(PlotKind::magnitude).last_layout().is_empty());
+    compared++;
+  }
+
+  static void compare_taps(const nlohmann::json &fir) {
+    const FirEntry &taps = design_record.fir;
+    EXPECT_EQ(fir["coefficients"].get<std::vector<double>>(),
+              std::vector<double>(taps.coeff.begin(), taps.coeff.begin() + taps.length));
+    EXPECT_EQ(fir["gain"].get<double>(), taps.gain);
+  }
+
+  static void compare_sections(const nlohmann::json &json, const SectionEntry &entry) {
+    ASSERT_EQ(json["sections"].size(), static_cast<std::size_t>(entry.section_count));
+    for (std::size_t i = 0; i < json["sections"].size(); i++) {
+      EXPECT_EQ(json["sections"][i]["numerator"].get<Triple>(), entry.numerators[i]);
+      EXPECT_EQ(json["sections"][i]["denominator"].get<Triple>(), entry.denominators[i]);
+    }
+  }
+
+  static void compare(const nlohmann::json &iir) {
+    const IirForms &z = design_record.z_quantized;
+    compare_sections(iir["cascade"], z.cascade);
+    compare_sections(iir["parallel"], z.parallel);
+    EXPECT_EQ(iir["cascade"]["gain"].get<double>(), z.cascade.gain);
+    EXPECT_EQ(iir["ratio"]["numerator"].get<std::vector<double>>(),
+              std::vector<double>(z.ratio.numerator.begin(), z.ratio.numerator.begin() + z.ratio.numerator_order + 1));
+    EXPECT_EQ(iir["lattice"]["gain"].get<double>(), z.lattice.gain);
+  }
+
+  std::vector<WalkPage> pages;
+  std::size_t page = 0, first_page = 0;
+  bool went_back = false;
+  int walks = 0, compared = 0;
+};
+
+TEST_F(WalksTest, EveryFirMethodOfEveryTypeEqualsTheBatchJob) {
+  // Types without length estimates ask for window and length on a page of their own.
+  const auto without_estimates = [](const std::string &type) {
+    return type == "DIFFERENTIATOR" || type == "HILBERT TRANSFORMER" || type == "ARBITRARY MAGNITUDE";
+  };
+  for (const TypeRow &type : types()) {
+    const bool own = without_estimates(type.name);
+    const char *window_page = own ? "cFirLengthDialog" : "cFirWinLengthEstDialog";
+    const char *page_of_others = own ? "cFirLengthDialog" : "cEqLpLsEstDialog";
+    const Entry hamming = own ? Entry{"pWindow_Box", "3"} : Entry{"pWindow3_Button", ""};
+    walk(type, type.fir_button,
+         {1, {}, window_page, {hamming, {"pLength_Edit", "49"}}, "--method window --window hamming --length 49"});
+    walk(type, type.fir_button, {2, {}, page_of_others, {{"pLength_Edit", "43"}}, "--method equiripple --length 43"});
+    walk(type, type.fir_button,
+         {3, {}, page_of_others, {{"pLength_Edit", "31"}}, "--method linear-programming --length 31"});
+  }
+  EXPECT_GE(compared, 25);
+}
+
+TEST_F(WalksTest, EveryIirPrototypeMappingAndRealizationEqualsTheBatchJob) {
+  const MethodRow rows[] = {
+      {0,
+       {{"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype0_Button", ""}},
+       "--prototype butterworth"},
+      {0, {}, "cIirOrderEstDialog", {{"pPrototype1_Button", ""}}, "--prototype tschebyscheff"},
+      {0, {}, "cIirOrderEstDialog", {{"pPrototype2_Button", ""}}, "--prototype inverse-tschebyscheff"},
+      {0, {}, "cIirOrderEstDialog", {{"pPrototype3_Button", ""}}, "--prototype elliptic"},
+      {0, {}, "cIirOrderEstDialog", {{"pPrototype4_Button", ""}, {"pOrder_Edit", "6"}}, "--prototype bessel --order 6"},
+      {0,
+       {{"pRealization1_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype1_Button", ""}, {"pOrder_Edit", "8"}},
+       "--prototype tschebyscheff --order 8 --realization parallel"},
+      {0,
+       {{"pMethod2_Button", ""}, {"pRealization2_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype0_Button", ""}, {"pOrder_Edit", "4"}},
+       "--prototype butterworth --order 4 --mapping matched-z --realization ratio"},
+      {0,
+       {{"pMethod1_Button", ""}, {"pPath1_Button", ""}, {"pRealization1_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype0_Button", ""}, {"pOrder_Edit", "6"}},
+       "--prototype butterworth --order 6 --mapping impulse-invariant --impulse-path z-first --realization parallel"},
+      {0,
+       {{"pMethod1_Button", ""}, {"pPath0_Button", ""}, {"pRealization0_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype1_Button", ""}, {"pOrder_Edit", "6"}},
+       "--prototype tschebyscheff --order 6 --mapping impulse-invariant --impulse-path s-first"},
+      {0,
+       {{"pMethod0_Button", ""}, {"pRealization3_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype3_Button", ""}},
+       "--prototype elliptic --realization lattice"},
+  };
+  for (const TypeRow &type : types()) {
+    if (type.iir_button < 0) continue;
+    for (const MethodRow &row : rows) {
+      if (&row == &rows[0] || row.design.empty()) // prototypes without choices begin with the first row's
+        design_state.ZTransformMethod = design_state.RealizationType = 0;
+      walk(type, type.iir_button, row);
+    }
+  }
+  EXPECT_GE(compared, 30);
+}
+
+} // namespace
+} // namespace brisel
