@@ -64,7 +64,7 @@ void TextViewDialog::add_button(const QString &label, const char *button_name, s
   button->setAutoDefault(false);
   for (QHBoxLayout *row : findChildren<QHBoxLayout *>())
     if (const int place = row->indexOf(pCopy_Button); place >= 0) row->insertWidget(place, button);
-  setTabOrder(button, pCopy_Button);
+  setTabOrder(pText_Edit, button);
   connect(button, &QPushButton::clicked, this, std::move(action));
 }
 
