@@ -61,6 +61,12 @@ Names scalings() {
 Names optimal_symmetries() {
   return {fir_symmetries[0], fir_symmetries[1]};
 }
+Names minimum_phases() {
+  return options_of(minimum_phase_types);
+}
+Names gains() {
+  return options_of(gain_modes);
+}
 Names prototypes() {
   return options_of(analog_prototypes);
 }
@@ -161,6 +167,12 @@ const std::vector<OptionRow> &option_rows() {
       {"--symmetry", "SYMMETRY", Choice{&Job::symmetry, optimal_symmetries}, Group::design, for_design, with_optimal,
        "of the taps of equiripple and linear-programming filters; default: symmetric, antisymmetric for differentiator "
        "and Hilbert transformer"},
+      {"--minimum-phase", "TYPE", Choice{&Job::minimum_phase, minimum_phases}, Group::design, for_design, with_fir,
+       "minimum phase filter: dft keeps length and magnitude of the linear phase filter, spectral takes the root of a "
+       "linear phase filter of twice the length; default: none"},
+      {"--gain", "MODE", Choice{&Job::gain, gains}, Group::design, for_design, with_fir,
+       "of FIR filters: nominal as the specification says, or maximum, scaled to a largest gain of 1; default: "
+       "nominal"},
       {"--compensation", "CURVE", Choice{&Job::compensation, compensations}, Group::design, for_design, with_fir,
        "make up for the droop of a zero-order hold (sinc) or of a comb decimator (comb); default: none"},
       {"--rate-change", "N", Number{&Job::rate_change, 1, max_compensation_setting}, Group::design, for_design,

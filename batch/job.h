@@ -25,7 +25,7 @@ struct Job {
   Command command = Command::none;
   std::string input;
 
-  std::optional<int> method, length, window, symmetry;
+  std::optional<int> method, length, window, symmetry, minimum_phase, gain;
   std::optional<int> prototype, order, mapping, impulse_path, realization, structure;
   std::optional<int> compensation, rate_change, differential_delay, stages;
   std::optional<int> quantize, bits, scaling;

@@ -85,6 +85,11 @@ void choose_compensation(const Job &job) {
   design_state.CompensationNumberOfStages = static_cast<std::uint8_t>(job.stages.value_or(1));
 }
 
+void choose_fir(const Job &job) {
+  if (job.minimum_phase) design_state.MinimumPhaseType = static_cast<std::uint8_t>(*job.minimum_phase);
+  if (job.gain) design_state.gain_specification_mode = static_cast<std::uint8_t>(*job.gain);
+}
+
 void choose_iir(const Job &job) {
   const FilterType type{design_state.filter_type};
   if (job.order.value_or(0) % 2 != 0 && (type == FilterType::band_pass || type == FilterType::band_stop))
@@ -137,6 +142,7 @@ void run_design(const Job &job, BatchFrontEnd &front_end) {
   choose_method(job);
   choose_results(job, current_spec->sampling_frequency);
   choose_compensation(job);
+  choose_fir(job);
   choose_iir(job);
   design_filter();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the design run ended without a result"));

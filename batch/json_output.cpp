@@ -45,6 +45,9 @@ Json fir_json() {
   Json out{{"length", fir.length}, {"symmetry", symmetry_name(fir)}};
   if (design_record.selections.DesignOrAnalysisType == code(DesignMethod::window))
     out["window"] = windows[static_cast<std::size_t>(design_record.spec.window_type)].option;
+  const DesignState &chosen = design_record.selections;
+  if (is_fir_method(chosen.DesignOrAnalysisType) && chosen.MinimumPhaseType)
+    out["minimum_phase"] = minimum_phase_types[chosen.MinimumPhaseType].option;
   out["gain"] = coefficient(fir.gain);
   out["shift"] = fir.shift;
   out["coefficients"] = coefficients(taps(fir));

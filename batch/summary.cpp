@@ -101,8 +101,8 @@ std::string fir_heading() {
   std::string out = ", " + name_of(design_methods[static_cast<std::size_t>(chosen.DesignOrAnalysisType)]);
   if (chosen.DesignOrAnalysisType == code(DesignMethod::window))
     out += ", " + name_of(windows[static_cast<std::size_t>(design_record.spec.window_type)]) + " window";
-  return out + formatf("\n%d taps, %s, ", fir.length,
-                       std::string(fir_symmetries[static_cast<std::size_t>(fir.fir_type)]).c_str());
+  const auto kind = chosen.MinimumPhaseType ? "minimum phase" : fir_symmetries[static_cast<std::size_t>(fir.fir_type)];
+  return out + formatf("\n%d taps, %s, ", fir.length, std::string(kind).c_str());
 }
 
 std::string iir_heading() {

@@ -140,6 +140,21 @@ inline constexpr std::array fir_scalings{
     NameRow{"Center Tap(s) Scaled to be 1 - Gain Factor < 1", "one"},
 };
 
+enum class MinimumPhaseType : std::uint8_t { none, dft, spectral_factor };
+inline constexpr std::array minimum_phase_types{
+    NameRow{"Not selected", "none"},
+    NameRow{"DFT Method", "dft"},
+    NameRow{"Spectral factor", "spectral"},
+};
+
+/// Gain specification mode of FIR designs. It has nothing to do with FirScaling, which fits fixed-point taps to their
+/// words and makes up for it in the gain.
+enum class GainMode : std::uint8_t { nominal, maximum };
+inline constexpr std::array gain_modes{
+    NameRow{"Nominal Gain of 1", "nominal"},
+    NameRow{"Maximum Gain of 1", "maximum"},
+};
+
 /// Frequency unit flag: 0 hertz, nonzero radians per second.
 struct UnitRow {
   std::string_view file_word;

@@ -10,6 +10,7 @@
 #include "engine/fir/fir_quantize.h"
 #include "engine/fir/lp_fir_design.h"
 #include "engine/fir/ls_fir_design.h"
+#include "engine/fir/minimum_phase_design.h"
 #include "engine/fir/window_design.h"
 #include "engine/iir/design_iir_sections.h"
 #include "engine/iir/iir_quantize.h"
@@ -68,13 +69,20 @@ void reset_plot_ranges(PlotSettings &plot, double sampling_frequency, bool peak_
   plot.log_magnitude_range = default_log_magnitude_ranges[row];
 }
 
-// What was asked for and does not exist yet; success when everything does.
-std::optional<Message> missing_stage() {
-  if (is_group_delay_design()) return Message::group_delay_not_available;
-  if (is_fir_method(design_state.DesignOrAnalysisType))
-    return design_state.MinimumPhaseType ? std::optional(Message::minimum_phase_not_available) : std::nullopt;
-  if (design_state.CompensationOption) return Message::iir_compensation_not_available;
-  if (design_state.PhaseEqualizationOption) return Message::phase_equalizer_not_available;
+struct Refusal {
+  Message number;
+  std::string detail;
+};
+// What was asked for beside the specification and cannot be done, found before any work is.
+std::optional<Refusal> refused_option() {
+  if (is_group_delay_design()) return Refusal{Message::group_delay_not_available, ""};
+  if (is_fir_method(design_state.DesignOrAnalysisType)) {
+    if (const auto reason = minimum_phase_refusal(*current_spec, design_state))
+      return Refusal{Message::minimum_phase_refused, *reason};
+    return std::nullopt;
+  }
+  if (design_state.CompensationOption) return Refusal{Message::iir_compensation_not_available, ""};
+  if (design_state.PhaseEqualizationOption) return Refusal{Message::phase_equalizer_not_available, ""};
   return std::nullopt;
 }
 
@@ -88,6 +96,47 @@ void restore_sample_rate(double rate) {
   for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z})
     set_sample_rate(rate, forms->cascade, forms->parallel, forms->pole_zero, forms->ratio, forms->lattice,
                     forms->ladder_1, forms->ladder_2);
+}
+
+// Designs the filter of the record's specification by the record's method.
+void design_by_method(DesignRecord &r) {
+  switch (DesignMethod{r.selections.DesignOrAnalysisType}) {
+  case DesignMethod::iir:
+    r.realization = r.selections.RealizationType;
+    r.valid = design_iir_sections();
+    break;
+  case DesignMethod::window:
+    r.valid = fir_window_design(r.spec, r.fir_designed);
+    break;
+  case DesignMethod::equiripple:
+    equiripple_design();
+    break;
+  case DesignMethod::linear_programming:
+    lp_fir_design();
+    break;
+  case DesignMethod::least_squares:
+    ls_fir_design();
+    break;
+  case DesignMethod::z_analysis:
+  case DesignMethod::s_analysis:
+    break;
+  }
+}
+
+// A linear phase filter and the minimum phase filter made of it. The record keeps the specification asked for.
+void design_minimum_phase(DesignRecord &r) {
+  const FilterSpec asked = r.spec;
+  const MinimumPhaseType type{r.selections.MinimumPhaseType};
+  r.spec = linear_phase_spec(asked, type);
+  design_by_method(r);
+  if (r.valid && type == MinimumPhaseType::spectral_factor && !r.fir_designed.odd_length) {
+    r.valid = 0; // an estimate: taps of even length have no spectral factor
+    design_notes.clear();
+    r.spec.length = r.fir_designed.length + 1;
+    design_by_method(r);
+  }
+  r.spec = asked;
+  if (r.valid) r.valid = convert_to_minimum_phase();
 }
 
 // The design that stood when the run started, for a user who stops the run. Two megabytes and more, hence on the heap
@@ -179,7 +228,7 @@ void design_filter() {
 
   if (const auto complaint = check_spec(*current_spec))
     return post_message(Message::impossible_specification, complaint->reason);
-  if (const auto missing = missing_stage()) return post_message(*missing);
+  if (const auto refused = refused_option()) return post_message(refused->number, refused->detail);
 
   run_with_progress([] {
     filter_dsgn_dsgn();
@@ -223,29 +272,15 @@ void filter_dsgn_dsgn() {
   reopen_system_files();
   r.spec = normalised(r.loaded);
 
-  switch (DesignMethod{r.selections.DesignOrAnalysisType}) {
-  case DesignMethod::iir:
-    r.realization = r.selections.RealizationType;
-    r.valid = design_iir_sections();
-    break;
-  case DesignMethod::window:
-    r.valid = fir_window_design(r.spec, r.fir_designed);
-    break;
-  case DesignMethod::equiripple:
-    equiripple_design();
-    break;
-  case DesignMethod::linear_programming:
-    lp_fir_design();
-    break;
-  case DesignMethod::least_squares:
-    ls_fir_design();
-    break;
-  case DesignMethod::z_analysis:
-  case DesignMethod::s_analysis:
-    break;
-  }
+  if (fir && r.selections.MinimumPhaseType)
+    design_minimum_phase(r);
+  else
+    design_by_method(r);
   if (!r.valid) return;
-  if (fir) r.fir_designed.gain_option = static_cast<std::int8_t>(r.selections.GainOption);
+  if (fir) {
+    r.fir_designed.gain_option = static_cast<std::int8_t>(r.selections.GainOption);
+    if (GainMode{r.selections.gain_specification_mode} == GainMode::maximum) set_maximum_gain();
+  }
   restore_sample_rate(r.loaded.sampling_frequency);
 }
 

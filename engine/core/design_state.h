@@ -21,7 +21,7 @@ struct DesignState {
   std::uint8_t ImpulseInvariantDesignPath; // 0 denormalized s domain first, 1 normalized z domain first
   std::int8_t RealizationType;             // RealizationForm
   std::uint8_t PhaseEqualizationOption;
-  std::uint8_t gain_specification_mode; // 0 nominal gain of 1, 1 maximum gain of 1
+  std::uint8_t gain_specification_mode; // GainMode
   std::uint8_t GroupDelayDesignMethod;
   std::uint8_t CompensationOption;
   std::uint8_t CompensationType; // 0 sin(x)/x, 1 comb
@@ -29,7 +29,7 @@ struct DesignState {
   std::uint8_t CompensationRateChange;
   std::uint8_t CompensationNumberOfStages;
   std::uint8_t GainOption; // FirScaling
-  std::uint8_t MinimumPhaseType;
+  std::uint8_t MinimumPhaseType; // MinimumPhaseType
   std::int8_t analog_type; // AnalogPrototype
   std::uint8_t symmetry;   // FirSymmetry of the optimal FIR methods
   std::int8_t z_input_option;

@@ -36,7 +36,7 @@ namespace brisel {
   X(compensation_null, 904)                                                                                            \
   X(phase_equalizer_not_available, 905)                                                                                \
   X(iir_compensation_not_available, 906)                                                                               \
-  X(minimum_phase_not_available, 907)                                                                                  \
+  X(minimum_phase_refused, 907)                                                                                        \
   X(group_delay_not_available, 908)                                                                                    \
   X(write_failed, 909)                                                                                                 \
   X(cannot_read_file, 910)                                                                                             \

@@ -33,11 +33,6 @@ QRadioButton *button(const QDialog &dialog, const char *name, int index) {
   return dialog.findChild<QRadioButton *>(QString("p%1%2_Button").arg(name).arg(index));
 }
 
-void disable(QWidget *widget, const char *why) {
-  widget->setEnabled(false);
-  widget->setToolTip(why);
-}
-
 } // namespace
 
 void choose_button(const QDialog &dialog, const char *name, int index) {
@@ -58,12 +53,8 @@ cFirDesignDialogImpl::cFirDesignDialogImpl(QWidget *parent, const QString &metho
   choose_button(*this, "Type", position(fir_types, design_state.filter_type));
   choose_button(*this, "Mode", design_state.FrequencyMode != 0);
   choose_button(*this, "Compensation", design_state.CompensationOption != 0);
-  choose_button(*this, "Gain", 0);
-  choose_button(*this, "Phase", 0);
-  // What has not been built cannot be chosen.
-  disable(pGain1_Button, "FIR filters are designed for the nominal gain; scale the taps in the quantization options.");
-  disable(pPhase1_Button, "There is no minimum phase design yet.");
-  disable(pPhase2_Button, "There is no minimum phase design yet.");
+  choose_button(*this, "Gain", design_state.gain_specification_mode);
+  choose_button(*this, "Phase", design_state.MinimumPhaseType);
   begin();
 }
 

@@ -126,7 +126,6 @@ TEST(DesignRun, RefusesWhatIsImpossibleOrMissingBeforeItStarts) {
       {"edges", [] { current_spec->stopband_edge[0] = current_spec->passband_edge[0]; },
        Message::impossible_specification},
       {"length", [] { current_spec->length = 50001; }, Message::length_out_of_limits},
-      {"minimum phase", [] { design_state.MinimumPhaseType = 1; }, Message::minimum_phase_not_available},
       {"compensation of an IIR filter",
        [] {
          design_state.DesignOrAnalysisType = 0;
