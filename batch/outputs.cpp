@@ -121,7 +121,9 @@ private:
 };
 
 [[noreturn]] void fail_generator(const char *option, int status, const BatchFrontEnd &front_end) {
-  const auto number = status == form_not_supported ? Message::unsupported_form : Message::cannot_create_file;
+  const auto number = status == form_not_supported ? Message::unsupported_form
+                      : status == not_finite       ? Message::result_not_finite
+                                                   : Message::cannot_create_file;
   fail(front_end.failure(std::string(option) + ": " + one_line(message_text(number))));
 }
 

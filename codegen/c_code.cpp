@@ -3,7 +3,9 @@
 #include "codegen/filter_name.h"
 #include "engine/files/text_file.h"
 
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <span>
 
@@ -19,12 +21,15 @@ struct Target {
   const char *routine;
   bool is_float;
   std::string name;
+  mutable bool finite = true; // of every value written so far, in its type
 
   const char *element() const { return is_float ? "float" : "double"; }
 };
 
 // A value as an initializer: doubles to 17 digits, floats with the suffix of a float literal.
 std::string value(const Target &t, double v) {
+  const double largest = t.is_float ? std::numeric_limits<float>::max() : std::numeric_limits<double>::max();
+  t.finite = t.finite && std::fabs(v) <= largest;
   return t.is_float ? formatf("% 18.12eF", v) : formatf("% 24.16e", v);
 }
 
@@ -353,7 +358,7 @@ void append_lattice(std::string &out, const Target &t, const DesignRecord &r) {
 Status format_c_code(const std::string &path, const DesignRecord &r, const std::string &user, const std::string &date,
                      const std::string &time, std::string &out) {
   const bool quantized = r.quantization.quant != 0;
-  Target t{"", "", "", "", quantized, filter_name(path)};
+  Target t{"", "", "", "", quantized, filter_name(path), true};
   const int method = r.selections.DesignOrAnalysisType;
   const bool fir =
       is_fir_method(method) || (method == code(DesignMethod::z_analysis) && is_fir_option(r.selections.z_input_option));
@@ -361,7 +366,9 @@ Status format_c_code(const std::string &path, const DesignRecord &r, const std::
     append_preamble(out, t, path, user, date, time);
     append_case();
     append_test_program(out, t);
-    return success;
+    if (t.finite) return success;
+    out.clear();
+    return not_finite;
   };
   out.clear();
   if (fir) {

@@ -9,13 +9,17 @@ namespace {
 
 constexpr std::size_t longest_name = 13;
 
-// "filter" would make the variable FIR_filter, which is the name of its own type.
-constexpr std::array<std::string_view, 45> reserved{
-    "filter",   "auto",   "break",    "case",     "char",     "const",    "continue", "default", "do",
-    "double",   "else",   "enum",     "extern",   "float",    "for",      "goto",     "if",      "inline",
-    "int",      "long",   "register", "restrict", "return",   "short",    "signed",   "sizeof",  "static",
-    "struct",   "switch", "typedef",  "union",    "unsigned", "void",     "volatile", "while",   "_Bool",
-    "_Complex", "class",  "new",      "delete",   "this",     "template", "private",  "public",  "namespace"};
+// Keywords of C and C++, and the types of the generated DSP sources, which use the name as it stands. "filter" would
+// make the variable FIR_filter, which is the name of its own type.
+constexpr std::array<std::string_view, 64> reserved{
+    "filter",   "auto",     "break",   "case",      "char",       "const",     "continue",      "default",
+    "do",       "double",   "else",    "enum",      "extern",     "float",     "for",           "goto",
+    "if",       "inline",   "int",     "long",      "register",   "restrict",  "return",        "short",
+    "signed",   "sizeof",   "static",  "struct",    "switch",     "typedef",   "union",         "unsigned",
+    "void",     "volatile", "while",   "_Bool",     "_Complex",   "class",     "new",           "delete",
+    "this",     "template", "private", "public",    "namespace",  "asm",       "bool",          "true",
+    "false",    "nullptr",  "typeof",  "constexpr", "alignas",    "alignof",   "static_assert", "thread_local",
+    "_Alignas", "_Alignof", "_Atomic", "_Generic",  "_Imaginary", "_Noreturn", "Frac16",        "Int16"};
 
 bool is_letter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';

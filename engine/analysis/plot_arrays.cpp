@@ -27,6 +27,13 @@ static struct {
   std::vector<std::complex<double>> zeros;
 } fir_roots;
 
+// Decades are counted by multiplication, which must neither reach infinity nor zero.
+static bool is_plottable(const Range &range, bool log_axis) {
+  constexpr double smallest = 1e-290, largest = 1e290;
+  if (!(range[0] < range[1]) || !(std::fabs(range[0]) <= largest) || !(range[1] <= largest)) return false;
+  return !log_axis || (range[1] >= smallest && (range[0] == 0 || range[0] >= smallest));
+}
+
 void init_plot_array() {
   const DesignRecord &record = design_record;
   PlotArrays &arrays = plot_arrays;
@@ -45,7 +52,7 @@ void init_plot_array() {
   state.log_magnitude = record.plot.log_magnitude_range;
   state.time = {0, (arrays.time_count - 1) * state.factor};
   state.frequency = record.plot.frequency_range;
-  if (!(state.frequency[0] < state.frequency[1])) state.frequency = {0, state.sampling_frequency / 2};
+  if (!is_plottable(state.frequency, state.log_axis)) state.frequency = {0, state.sampling_frequency / 2};
 
   const auto [start, end] = state.frequency;
   const std::span points(arrays.frequency.data(), arrays.frequency_count);

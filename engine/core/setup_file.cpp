@@ -158,14 +158,19 @@ template <class Integer> void apply(Integer *place, std::int32_t value) {
   *place = static_cast<Integer>(value);
 }
 
+// A line break inside a text would begin a line of its own, with whatever setting it names.
+std::string first_line(std::string_view text) {
+  return std::string(text.substr(0, text.find_first_of(std::string_view("\0\r\n", 3))));
+}
+
 // The text that follows a length: cut to the line, to the capacity and at control characters.
 std::string counted_text(std::string_view rest, long long length) {
-  std::string text(rest.substr(0, std::min({rest.size(), static_cast<std::size_t>(length), longest_string})));
-  return text.substr(0, text.find_first_of(std::string_view("\0\r\n", 3)));
+  return first_line(rest.substr(0, std::min({rest.size(), static_cast<std::size_t>(length), longest_string})));
 }
 
 void append_file(std::string &out, const char *key, const std::string &path) {
-  if (!path.empty()) appendf(out, "Brisel.%s: %d %s\n", key, static_cast<int>(path.size()), path.c_str());
+  if (!path.empty() && first_line(path) == path)
+    appendf(out, "Brisel.%s: %d %s\n", key, static_cast<int>(path.size()), path.c_str());
 }
 
 } // namespace
@@ -224,9 +229,12 @@ std::string format_setup(const std::string &time, const std::string &date) {
   appendf(out, "Program exits at %s, %s\n", time.c_str(), date.c_str());
   const SettingTable table = store_settings();
   for (int i = 0; i < setup_key_count; i++) {
-    appendf(out, "Brisel.%s: %d ", settings[i].key.data(), table[i]);
-    if (auto *const *string = std::get_if<std::string *>(&settings[i].place)) out += **string;
-    out += '\n';
+    if (auto *const *string = std::get_if<std::string *>(&settings[i].place)) {
+      const std::string text = first_line(**string);
+      appendf(out, "Brisel.%s: %zu %s\n", settings[i].key.data(), text.size(), text.c_str());
+    } else {
+      appendf(out, "Brisel.%s: %d \n", settings[i].key.data(), table[i]);
+    }
   }
   for (const std::string &path : spec_path) append_file(out, "load_spc", path);
   for (const std::string &path : s_path) append_file(out, "load_inp", path);

@@ -9,6 +9,7 @@ enum [[nodiscard]] Status : int{
     format_error = 2, // a file is not what it should be
     form_not_supported = 166,
     cannot_create = 208,
+    not_finite = 912, // a number that must not be written
 };
 
 } // namespace brisel

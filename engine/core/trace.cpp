@@ -31,7 +31,8 @@ OpenFile report_place{SystemFiles{}.report, &report_file};
 
 // A link or a device under the name of a system file is somebody else's: it is not written.
 std::FILE *open_named(const std::string &path, bool append) {
-  const int mode = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | (append ? O_APPEND : 0);
+  // Appending from the start, so that two sessions in one folder mix their lines and do not overwrite them.
+  const int mode = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_APPEND;
   const int descriptor = ::open(path.c_str(), mode, 0666);
   if (descriptor < 0) return nullptr;
   struct stat information;

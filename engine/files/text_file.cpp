@@ -4,7 +4,6 @@
 #include <charconv>
 #include <clocale>
 #include <cstdarg>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <locale.h>
@@ -223,6 +222,18 @@ void withdraw(const Pending &p) {
   ::unlink(p.temporary.c_str());
 }
 
+/// Where a file of this name is or comes to be: links are followed, also one to a file that does not exist yet.
+std::string resolved(std::string path) {
+  for (int links = 0; links < 40; links++) {
+    char target[4096];
+    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+    if (length <= 0 || static_cast<std::size_t>(length) == sizeof target) break;
+    const std::string link(target, static_cast<std::size_t>(length));
+    path = link[0] == '/' ? link : path.substr(0, path.rfind('/') + 1) + link;
+  }
+  return path;
+}
+
 mode_t default_mode() {
   const mode_t mask = umask(0);
   umask(mask);
@@ -249,13 +260,10 @@ bool FileSet::commit(std::string &why) {
       through.push_back(&file);
       continue;
     }
-    std::string target = file.path;
-    if (char *real = ::realpath(target.c_str(), nullptr)) {
-      target = real;
-      std::free(real);
-    }
+    const std::string target = resolved(file.path);
     struct stat information;
     const bool exists = ::stat(target.c_str(), &information) == 0;
+    if (!exists && errno != ENOENT) return give_up(system_error(file.path, "cannot be written"));
     if (exists && S_ISDIR(information.st_mode)) {
       errno = EISDIR;
       return give_up(system_error(file.path, "cannot be written"));

@@ -174,26 +174,6 @@ TEST_F(DesignJob, PicturesThatAreNotBuiltInAreRefused) {
 
 #endif
 
-TEST_F(DesignJob, TheSameCommandGivesTheSameBytesEverywhere) {
-  const std::string command = "design lowpass.spc --method window --json a.json --plot-data p --spc c.spc";
-  const Outcome first = shop.run(command);
-  ASSERT_EQ(first.status, 0) << first.err;
-  // A locale with a decimal comma and grouping, made for this test; the system need not have one.
-  ASSERT_EQ(std::system(("localedef -i de_DE -f UTF-8 '" + shop.path("de_DE.UTF-8") + "' >/dev/null 2>&1").c_str()), 0)
-      << "the package locales is missing";
-  const auto expected = shop.files();
-  for (const std::string &before : {"LOCPATH='" + shop.path("") + "' LC_ALL=de_DE.UTF-8", std::string("TZ=Asia/Tokyo"),
-                                    std::string("env -i"), std::string("LC_ALL=nonsense LANG=xx HOME=/nonexistent")}) {
-    const Outcome again = shop.run(command, before);
-    EXPECT_EQ(again.out, first.out) << before;
-    EXPECT_EQ(differing(shop.files(), expected), Names{}) << before;
-  }
-  std::filesystem::create_directory(shop.path("elsewhere"));
-  const Outcome elsewhere = shop.run("design ../lowpass.spc --method window --json ../a.json", "cd elsewhere;");
-  EXPECT_EQ(elsewhere.out, first.out);
-  EXPECT_EQ(shop.read("a.json"), expected.at("a.json"));
-}
-
 TEST_F(DesignJob, FailuresAreOneLineWithStatus1AndLeaveNothingBehind) {
   const std::string spc = shop.read("lowpass.spc");
   shop.write("short.spc", spc.substr(0, spc.find("STOPBAND CUTOFF")));

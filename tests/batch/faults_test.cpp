@@ -36,6 +36,10 @@ const FaultyJob faulty_jobs[]{
      true},
 };
 
+void PrintTo(const FaultyJob &job, std::ostream *out) {
+  *out << job.name;
+}
+
 using Case = std::tuple<FaultyJob, const char *>;
 class Fault : public testing::TestWithParam<Case> {};
 

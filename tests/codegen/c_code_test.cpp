@@ -313,6 +313,12 @@ TEST(GeneratedC, RefusesWhatItsStructuresCannotHold) {
   iir(RealizationForm::cascade, true, 3);
   EXPECT_FALSE(refused());
   EXPECT_EQ(generate_c_code("/no folder/x.c", design, "", "", ""), cannot_create);
+  for (const bool quantized : {false, true}) {
+    fir(quantized);
+    design.fir.coeff[1] = quantized ? 1e39 : std::nan(""); // no float, no number
+    EXPECT_EQ(format_c_code("x.c", design, "", "", "", text), not_finite);
+    EXPECT_EQ(text, "");
+  }
 }
 
 TEST(FilterName, IsAnIdentifierFromTheLastPathComponent) {
@@ -325,6 +331,8 @@ TEST(FilterName, IsAnIdentifierFromTheLastPathComponent) {
       {"3rd order.c", "_3rd_order"},
       {"a-b.c", "a_b"},
       {"int.c", "int_"},
+      {"_Atomic.c", "_Atomic_"},
+      {"Frac16.h", "Frac16_"},
       {"\xc3\xa4.c", "__"},
       {".c", "_c"},
       {"", "_"},

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace brisel;
@@ -122,6 +123,60 @@ TEST(SetupFile, BadValuesAreStartValues) {
       read_setup(header + "Brisel.load_spc: 5 a.spc\nBrisel.load_inp: 0 b\nBrisel.load_inp: 5 c.inp\n");
   EXPECT_EQ(files.specifications, std::vector<std::string>{"a.spc"});
   EXPECT_EQ(files.systems, std::vector<std::string>{"c.inp"});
+}
+
+TEST(SetupFile, LineBreaksInsideTextsBeginNoLines) {
+  Session session;
+  set_start_values();
+  workplace_names.user_name = "Eve\nBrisel.ibit: 8 ";
+  workplace_names.co_name = std::string("A\0B", 3);
+  spec_path[0] = "a.spc\nBrisel.ibit: 9 ";
+  spec_path[1] = "100% %s.spc";
+  const SetupFiles files = read_setup(format_setup("12:00:00", "today"));
+  EXPECT_EQ(quantization_settings.ibit, 16);
+  EXPECT_EQ(workplace_names.user_name, "Eve");
+  EXPECT_EQ(workplace_names.co_name, "A");
+  EXPECT_EQ(files.specifications, std::vector<std::string>{"100% %s.spc"});
+  set_start_values();
+}
+
+TEST(Start, PassesOverWhatIsNoFileAndWhatIsNoSpecification) {
+  Session session;
+  ASSERT_EQ(::mkfifo("pipe.spc", 0600), 0);
+  std::ofstream("bad.spc") << "FILTER SPECIFICATION FILE\nFILTER TYPE:LOW PASS 1H\n";
+  std::ofstream("system.brisel") << header + "Brisel.load_spc: 8 pipe.spc\nBrisel.load_spc: 9 /dev/zero\n"
+                                             "Brisel.load_spc: 7 bad.spc\nBrisel.load_spc: 6 no.spc\n"
+                                             "Brisel.pp_comd: 10 touch evil\nBrisel.ibit: 12 \n";
+  program_start();
+  EXPECT_EQ(quantization_settings.ibit, 12);
+  for (const std::string &path : spec_path) EXPECT_EQ(path, "");
+  program_exit(ExitMode::discard);
+  EXPECT_FALSE(fs::exists("evil"));
+}
+
+TEST(Start, TwoSessionsInAFolderKeepEachOthersLines) {
+  Session session;
+  program_start();
+  std::ofstream("SFIL.STA", std::ios::app) << "of the other session\n";
+  trace("of this session\n");
+  program_exit(ExitMode::discard);
+  std::ifstream in("SFIL.STA");
+  const std::string text(std::istreambuf_iterator<char>(in), {});
+  EXPECT_NE(text.find("of the other session\n"), text.npos) << text;
+  EXPECT_NE(text.find("of this session\n"), text.npos) << text;
+}
+
+TEST(Start, AFolderThatTakesNoFilesIsToldOnceAtTheStartAndOnceAtTheExit) {
+  Session session;
+  fs::current_path("/proc"); // read-only even for the administrator
+  program_start();
+  trace("to the null device\n");
+  reopen_system_files();
+  EXPECT_EQ(session.front.shown, (std::vector<std::string>{"The File SFIL.STA cannot be opened for write\n",
+                                                           "The File SFIL.OUT cannot be opened for write\n"}));
+  EXPECT_FALSE(program_exit(ExitMode::save));
+  ASSERT_EQ(session.front.posted.size(), 1u);
+  EXPECT_EQ(session.front.posted[0].number, Message::write_failed);
 }
 
 TEST(Exit, ReportsASetupFileThatCannotBeWritten) {

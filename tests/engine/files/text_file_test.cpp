@@ -2,10 +2,13 @@
 
 #include <clocale>
 #include <cmath>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace brisel;
 namespace fs = std::filesystem;
@@ -78,8 +81,12 @@ TEST(LineReader, EndsAtALineThatDoesNotFitItsBuffer) {
   ASSERT_TRUE(short_one.open(folder / "a"));
   EXPECT_FALSE(short_one.next());
   EXPECT_TRUE(short_one.too_long());
-  LineReader folder_reader(99);
-  EXPECT_FALSE(folder_reader.open(folder.path.string()));
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  for (const std::string &no_file : {folder.path.string(), folder / "pipe", std::string("/dev/zero")}) {
+    LineReader reader(99);
+    EXPECT_FALSE(reader.open(no_file)) << no_file;
+    EXPECT_EQ(read_file(no_file, 99), std::nullopt) << no_file;
+  }
 }
 
 TEST(FileSet, LeavesEveryTargetAsItWasWhenOneFails) {
@@ -99,10 +106,43 @@ TEST(FileSet, LeavesEveryTargetAsItWasWhenOneFails) {
 
 TEST(FileSet, FollowsLinksAndReplacesWholeFiles) {
   const Folder folder;
-  std::ofstream(folder / "target") << "a longer old text";
-  fs::create_symlink("target", folder / "link");
+  fs::create_directory(folder.path / "deep");
+  fs::create_symlink("deep/second", folder / "link");
+  fs::create_symlink("../target", folder / "deep/second");
   std::string why;
-  ASSERT_TRUE(save_file(folder / "link", "new", why)) << why;
-  EXPECT_TRUE(fs::is_symlink(folder / "link"));
-  EXPECT_EQ(content(folder / "target"), "new");
+  for (const char *text : {"a longer text for a file that is not there yet", "new"}) {
+    ASSERT_TRUE(save_file(folder / "link", text, why)) << why;
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(content(folder / "target"), text);
+  }
+  fs::create_symlink("round", folder / "round");
+  EXPECT_FALSE(save_file(folder / "round", "x", why));
+  EXPECT_TRUE(fs::is_symlink(folder / "round"));
+}
+
+TEST(FileSet, WritesThroughWhatIsNoFile) {
+  const Folder folder;
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  const int reader = ::open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  std::string why;
+  EXPECT_TRUE(save_file(folder / "pipe", "through", why)) << why;
+  char read[20] = "";
+  EXPECT_EQ(::read(reader, read, sizeof read), 7);
+  EXPECT_STREQ(read, "through");
+  EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
+  ::close(reader);
+}
+
+TEST(SaveNewFile, LeavesAnotherOnesFileAlone) {
+  const Folder folder;
+  std::ofstream(folder / "taken") << "mine";
+  fs::create_symlink("nowhere", folder / "link");
+  std::string why;
+  for (const char *name : {"taken", "link"}) {
+    EXPECT_FALSE(save_new_file(folder / name, "x", why)) << name;
+    EXPECT_EQ(errno, EEXIST) << name;
+  }
+  EXPECT_EQ(content(folder / "taken"), "mine");
+  ASSERT_TRUE(save_new_file(folder / "free", "x", why)) << why;
+  EXPECT_EQ(content(folder / "free"), "x");
 }

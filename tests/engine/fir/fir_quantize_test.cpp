@@ -96,10 +96,13 @@ TEST_F(FirQuantize, NotesWhatTheWordCannotHold) {
   design({1e-4, -1e-5}, true, FirSymmetry::symmetric, FirScaling::none);
   quantize(true, 8);
   EXPECT_TRUE(noted("All coefficients are zero"));
-  design_notes.clear();
-  design({0, 0}, true, FirSymmetry::symmetric, FirScaling::half); // ends
-  quantize(true, 8);
-  EXPECT_TRUE(noted("All coefficients are zero"));
+  for (const FirScaling scaling : {FirScaling::half, FirScaling::one}) { // neither scales for ever
+    design_notes.clear();
+    design({0, 0}, true, FirSymmetry::symmetric, scaling);
+    quantize(true, 8);
+    EXPECT_TRUE(noted("All coefficients are zero"));
+    EXPECT_EQ(design_record.fir.gain, 1);
+  }
 }
 
 TEST_F(FirQuantize, TracesBeforeAndAfter) {

@@ -115,6 +115,7 @@ TEST(BesselI0, AgreesWithTabulatedValues) {
                                  {43.0, 2.8848025485906643e17},
                                  {700.0, 1.5295933476718735e302}})
     EXPECT_NEAR(bessel_i0(x) / value, 1, 5e-15) << x;
+  for (const double x : {5000.0, 1e300, double{INFINITY}}) EXPECT_FALSE(std::isfinite(bessel_i0(x))) << x;
 }
 
 TEST(Kaiser, ShapeParameterChangesItsFormulaAt21And50Decibels) {
