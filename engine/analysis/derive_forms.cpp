@@ -12,7 +12,10 @@ namespace brisel {
 
 using Complex = std::complex<double>;
 
-bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found) {
+namespace {
+
+// `source` names a realization; nothing stands for the poles and zeros.
+bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &forms, FormReport &found) {
   std::optional<WideRatio> wide;
   PoleZeroEntry pole_zero{};
   double sample_rate = 0;
@@ -21,7 +24,7 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     wide = std::move(expanded);
     sample_rate = entry.sample_rate;
   };
-  switch (source) {
+  switch (source.value_or(RealizationForm::nonlinear)) {
   case RealizationForm::cascade:
     take(forms.cascade, wide_ratio(forms.cascade));
     rooted = cascade_to_pole_zero(domain, forms.cascade, pole_zero);
@@ -43,9 +46,15 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     take(forms.ladder_2, wide_ratio(forms.ladder_2));
     break;
   case RealizationForm::nonlinear:
-    return false;
+    if (source) return false;
+    take(forms.pole_zero, wide_ratio(forms.pole_zero));
+    pole_zero = forms.pole_zero;
+    rooted = arrange_pairs(std::span(pole_zero.poles).first(pole_count(pole_zero))) &&
+             arrange_pairs(std::span(pole_zero.zeros).first(zero_count(pole_zero)));
+    if (!rooted) return false;
+    break;
   }
-  const bool of_sections = source == RealizationForm::cascade || source == RealizationForm::parallel;
+  const bool of_sections = source == RealizationForm::cascade || source == RealizationForm::parallel || !source;
   if (!of_sections) rooted = wide && write_pole_zero(*wide, pole_zero);
   if (!rooted && !wide) return false;
   if (!rooted) pole_zero = {}; // leading taps can make more poles at the origin than the record holds
@@ -68,15 +77,15 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
     }
   };
   // The source as its coefficients stand, without rounding of its own.
-  const Values reference = values_of(source, 0.0L);
+  const Values reference = source ? values_of(*source, 0.0L) : pole_zero_values<long double>(forms.pole_zero, x);
   if (std::none_of(reference.begin(), reference.end(),
                    [](Complex v) { return std::isfinite(std::abs(v)) && v != 0.0; }))
     return false;
 
   const std::int8_t keep_gain = forms.cascade.keep_gain || forms.parallel.keep_gain;
   pole_zero.sample_rate = sample_rate;
-  forms.pole_zero = pole_zero;
-  found.pole_zero = rooted ? digits_kept(x, reference, pole_zero_values(forms.pole_zero, x)) : -1;
+  if (source) forms.pole_zero = pole_zero;
+  found.pole_zero = !source ? 16 : rooted ? digits_kept(x, reference, pole_zero_values(forms.pole_zero, x)) : -1;
   // Zeros of a sum are sometimes had better from its expanded numerator.
   if (PoleZeroEntry other{};
       source == RealizationForm::parallel && found.pole_zero < 12 && wide && write_pole_zero(*wide, other)) {
@@ -117,6 +126,16 @@ bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormRe
                           [&] { return wide && write_ladder(*wide, LadderForm::two, forms.ladder_2); });
   forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
   return true;
+}
+
+} // namespace
+
+bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found) {
+  return derive(domain, source, forms, found);
+}
+
+bool derive_forms_of_pole_zero(Domain domain, IirForms &forms, FormReport &found) {
+  return derive(domain, std::nullopt, forms, found);
 }
 
 double digits_of(const FormReport &found, RealizationForm form) {

@@ -201,20 +201,4 @@ void fir_time_response(std::span<const double> taps, double gain, const TimeResp
   }
 }
 
-std::vector<double> lattice_fir_taps(std::span<const double> reflection) {
-  std::vector<double> taps{1};
-  taps.reserve(reflection.size() + 1);
-  for (const double k : reflection) {
-    taps.push_back(0);
-    // Both ends of A_(m-1) and its mirror image meet in the middle, so the step works in place.
-    for (std::size_t low = 0, high = taps.size() - 1; low <= high; ++low, --high) {
-      const double a = taps[low];
-      const double b = taps[high];
-      taps[low] = a + k * b;
-      taps[high] = b + k * a;
-    }
-  }
-  return taps;
-}
-
 } // namespace brisel

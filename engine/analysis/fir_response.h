@@ -21,8 +21,4 @@ void fir_frequency_response(std::span<const double> taps, double gain, GroupDela
 /// Impulse and step response; samples behind the last tap are filled with the last values of both.
 void fir_time_response(std::span<const double> taps, double gain, const TimeResponse &out);
 
-/// Taps of the lattice with the reflection coefficients k_1 .. k_L: A_m(z) = A_(m-1)(z) + k_m z^-m A_(m-1)(1/z), A_0 =
-/// 1; L + 1 taps, the first of them 1.
-std::vector<double> lattice_fir_taps(std::span<const double> reflection);
-
 } // namespace brisel

@@ -97,7 +97,7 @@ template <class Real = double> Values ladder_values(const LadderEntry &ladder, P
 
 /// Points of the upper half of the unit circle, or of the upper imaginary axis, on which forms are compared: even steps
 /// and the place nearest to every pole.
-Values comparison_points(Domain domain, std::span<const std::complex<double>> poles);
+Values comparison_points(Domain domain, std::span<const std::complex<double>> poles, int steps = 128);
 
 /// Decimal digits, 0 to 16, in which `values` is `reference` delayed by `delay` samples: the largest distance of the
 /// two on the points `x`, relative to the largest magnitude of the reference.
@@ -116,6 +116,8 @@ double digits_of(const FormReport &found, RealizationForm form);
 /// Derives every other form of `forms` from the one named. False: the source is no system (0, not finite, without a
 /// denominator), and no other form was touched.
 bool derive_forms(Domain domain, RealizationForm source, IirForms &forms, FormReport &found);
+/// The same from the poles and zeros, whose lists stay as they are. False also: a complex value without its conjugate.
+bool derive_forms_of_pole_zero(Domain domain, IirForms &forms, FormReport &found);
 
 /// False for a form that derive_forms() could not make.
 bool form_exists(const IirForms &forms, RealizationForm form);

@@ -119,8 +119,7 @@ template Values lattice_values<long double>(const LatticeEntry &, Places);
 template Values ladder_values<double>(const LadderEntry &, Places);
 template Values ladder_values<long double>(const LadderEntry &, Places);
 
-Values comparison_points(Domain domain, std::span<const Complex> poles) {
-  constexpr int steps = 128;
+Values comparison_points(Domain domain, std::span<const Complex> poles, int steps) {
   Values points;
   double low = 0, high = 0; // magnitudes of the poles
   for (const Complex pole : poles) {

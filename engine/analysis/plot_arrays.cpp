@@ -2,6 +2,7 @@
 #include "engine/analysis/plot_arrays.h"
 
 #include "engine/analysis/analog_response.h"
+#include "engine/analysis/fir_lattice.h"
 #include "engine/analysis/fir_response.h"
 #include "engine/analysis/fir_zeros.h"
 #include "engine/analysis/frequency_grid.h"

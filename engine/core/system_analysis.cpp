@@ -1,7 +1,8 @@
 #include "engine/core/system_analysis.h"
 
+#include "engine/analysis/fir_lattice.h"
 #include "engine/analysis/fir_response.h"
-#include "engine/analysis/form_conversions.h"
+#include "engine/analysis/form_digits.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/design_state.h"
 #include "engine/core/front_end.h"
@@ -18,25 +19,6 @@
 
 namespace brisel {
 
-namespace {
-
-// The form that an input option is entered in, and the realization it is analysed in. A list of poles and zeros is
-// realized as a cascade.
-struct OptionRow {
-  RealizationForm entered;
-  RealizationForm realization;
-};
-constexpr std::array<OptionRow, 7> option_rows{{
-    {RealizationForm::ratio, RealizationForm::ratio},
-    {RealizationForm::nonlinear, RealizationForm::cascade}, // poles and zeros are no realization of their own
-    {RealizationForm::cascade, RealizationForm::cascade},
-    {RealizationForm::parallel, RealizationForm::parallel},
-    {RealizationForm::ladder_1, RealizationForm::ladder_1},
-    {RealizationForm::ladder_2, RealizationForm::ladder_2},
-    {RealizationForm::lattice, RealizationForm::lattice},
-}};
-
-// Copies the entry into the form that it is. The entry of one option is all that is read.
 void copy_entry(const SystemEntries &entries, InputOption option, IirForms &forms) {
   switch (option) {
   case InputOption::ratio:
@@ -62,6 +44,8 @@ void copy_entry(const SystemEntries &entries, InputOption option, IirForms &form
     break;
   }
 }
+
+namespace {
 
 bool refuse(Message number, std::string_view detail = {}) {
   post_message(number, detail);
@@ -122,21 +106,16 @@ Prewarp chosen_prewarp() {
   return {.frequency = chosen.prewarp_frequency};
 }
 
+bool derive_entered(Domain domain, InputOption option, IirForms &forms, FormReport &found) {
+  if (option == InputOption::pole_zero) return derive_forms_of_pole_zero(domain, forms, found);
+  return derive_forms(domain, *form_of_option(option), forms, found);
+}
+
 // All forms of the entered system in `forms`.
 bool derive_all(Domain domain, InputOption option, IirForms &forms) {
-  const OptionRow &row = option_rows[static_cast<std::size_t>(code(option))];
-  RealizationForm source = row.entered;
   const std::int8_t keep_gain = !design_record.selections.SDomainAnalysisMaximumGainOption;
-  if (option == InputOption::pole_zero) {
-    int dropped_delay = 0;
-    if (!pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, dropped_delay))
-      return refuse(Message::system_has_no_form);
-    note_dropped_delay(dropped_delay);
-    source = RealizationForm::cascade;
-  }
-  forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
   FormReport found{};
-  if (!derive_forms(domain, source, forms, found)) return refuse(Message::system_has_no_form);
+  if (!derive_entered(domain, option, forms, found)) return refuse(Message::system_has_no_form);
   forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
   if (domain == Domain::z) note_forms(found);
   return true;
@@ -164,7 +143,8 @@ bool SystemAnalysisConv() {
   IirForms &forms = digital ? r.z : r.s_unnormalized;
   copy_entry(digital ? z_entries : s_entries, option, forms);
   if (!derive_all(domain, option, forms)) return false;
-  r.realization = code(option_rows[static_cast<std::size_t>(code(option))].realization);
+  // A list of poles and zeros is no realization of its own and runs as a cascade.
+  r.realization = code(form_of_option(option).value_or(RealizationForm::cascade));
   if (digital) return true;
   if (method == ZTransform::s_domain_only) {
     r.realization = code(RealizationForm::nonlinear);

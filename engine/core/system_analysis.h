@@ -1,7 +1,12 @@
 // system_analysis.h - an entered system, from its entry to quantized and analysed results.
 #pragma once
 
+#include "engine/core/design_state.h"
+
 namespace brisel {
+
+/// Copies the entry of an option 0 to 6, which is all that is read, into the form that it is.
+void copy_entry(const SystemEntries &entries, InputOption option, IirForms &forms);
 
 /// Analyses the system that the design state selects: the entry of `z_input_option` for the z domain, of
 /// `s_input_option` for the s domain. An analog system is mapped by `SDomainAnalysisRealizationMethod`, or only its

@@ -1,5 +1,6 @@
 #include "engine/files/system_file.h"
 
+#include "engine/analysis/form_digits.h"
 #include "engine/core/front_end.h"
 #include "engine/core/spec_check.h"
 #include "engine/core/trace.h"
@@ -295,7 +296,7 @@ struct Reader {
 
 int read(Reader &reader, DesignState &state, SystemEntries &z, SystemEntries &s) {
   if (!reader.file(z, s)) {
-    if (reader.behind_header)
+    if (reader.behind_header && reader.reading.complains)
       front_end->reader_complaint("Loading INP file error: Last line is: \n" + reader.reading.last_line + "\n");
     return reader.status;
   }
@@ -418,26 +419,6 @@ double rate_of(SystemEntry entry) {
   return std::visit([](const auto *filter) { return filter->sample_rate; }, entry);
 }
 
-std::optional<InputOption> input_of(RealizationForm form) {
-  switch (form) {
-  case RealizationForm::cascade:
-    return InputOption::product;
-  case RealizationForm::parallel:
-    return InputOption::sum;
-  case RealizationForm::ratio:
-    return InputOption::ratio;
-  case RealizationForm::lattice:
-    return InputOption::lattice;
-  case RealizationForm::ladder_1:
-    return InputOption::ladder_1;
-  case RealizationForm::ladder_2:
-    return InputOption::ladder_2;
-  case RealizationForm::nonlinear:
-    break;
-  }
-  return std::nullopt;
-}
-
 } // namespace
 
 int read_system_file(const std::string &path, DesignState &state, SystemEntries &z, SystemEntries &s,
@@ -558,7 +539,7 @@ std::optional<std::string> format_current_system_file() {
     entry->gain = full.gain;
     text = format_system_file(Domain::z, option, entry.get(), selections.FrequencyMode);
   } else {
-    const auto option = input_of(static_cast<RealizationForm>(design_record.realization));
+    const auto option = option_of_form(static_cast<RealizationForm>(design_record.realization));
     if (!option) {
       post_message(Message::unsupported_form);
       return std::nullopt;

@@ -22,6 +22,7 @@ struct SystemReading {
   int line = 0;
   std::string last_line;
   std::string reason;
+  bool complains = true; // a failure behind the header is also told to the front end
 };
 
 /// Reads a system into the entry of its domain and option, and sets `state` to analyse it. Returns 0; 1 when the file

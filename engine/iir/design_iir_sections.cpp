@@ -173,8 +173,10 @@ bool map_cascade(DesignRecord &r, ZTransform method, const Prewarp &prewarp) {
   // Roots that were moved one by one, and zeros put at the end of the band, are not the analog filter's: the gain of an
   // entered system comes back from its largest magnitude.
   const bool keep_gain = analog.cascade.keep_gain != 0, moved = method == ZTransform::matched_z || prewarp.every_root;
+  // The sign, which a peak does not know: matched sections have lost it, but their roots stand for the analog ones.
+  const double sign = std::copysign(1.0, method == ZTransform::matched_z ? analog.pole_zero.gain : cascade.gain);
   if (!keep_gain || moved) compute_cas_gain(cascade);
-  if (keep_gain && moved) cascade.gain *= analog_peak(analog.cascade);
+  if (keep_gain && moved) cascade.gain *= sign * analog_peak(analog.cascade);
   list(" Z Domain Unnormalized: cascaded - compute cas_gain\n", cascade);
   return true;
 }

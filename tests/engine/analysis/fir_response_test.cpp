@@ -1,3 +1,4 @@
+#include "engine/analysis/fir_lattice.h"
 #include "engine/analysis/fir_response.h"
 
 #include "tests/engine/analysis/response_references.h"
