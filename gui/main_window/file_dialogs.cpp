@@ -60,6 +60,19 @@ QString with_extension(const QString &name, const QString &filter) {
   return extension.isEmpty() || name.endsWith(extension) ? name : name + extension;
 }
 
+bool may_replace(QWidget *parent, const QString &title, const QStringList &paths) {
+  QStringList present;
+  for (const QString &path : paths)
+    if (QFileInfo::exists(path)) present.append(QFileInfo(path).fileName());
+  if (present.isEmpty()) return true;
+  QMessageBox box(QMessageBox::Question, title, QString(), QMessageBox::Yes | QMessageBox::No, parent);
+  box.setTextFormat(Qt::PlainText); // a name is no markup
+  box.setText(present.size() == 1 ? present[0] + " exists already. Replace it?"
+                                  : "These files exist already. Replace them?\n\n" + present.join('\n'));
+  box.setDefaultButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
+}
+
 QString FileDialogs::open(QWidget *parent, FileCommand command) {
   QString &name = last[static_cast<std::size_t>(command)];
   const FileCommandRow &row = file_command(command);
@@ -77,10 +90,7 @@ QString FileDialogs::save(QWidget *parent, FileCommand command, const QString &s
   dialog.selectFile(name.isEmpty() ? suggestion : QFileInfo(name).fileName());
   while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
     const QString chosen = named_for(dialog.selectedFiles().first(), dialog.selectedNameFilter(), dialog.nameFilters());
-    if (QFileInfo::exists(chosen) &&
-        QMessageBox::question(parent, row.title, QFileInfo(chosen).fileName() + " exists already. Replace it?") !=
-            QMessageBox::Yes)
-      continue;
+    if (!may_replace(parent, row.title, {chosen})) continue;
     name = chosen;
     return QDir::toNativeSeparators(chosen);
   }

@@ -1,7 +1,7 @@
 // file_dialogs.h - the file dialogs of the commands: title, filter, the name chosen last, and the extension rule.
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 #include <array>
 
@@ -41,6 +41,9 @@ const FileCommandRow &file_command(FileCommand command);
 QString extension_of_filter(QString filter);
 /// The name with that extension, unless it already ends with it.
 QString with_extension(const QString &name, const QString &filter);
+
+/// Asks before files are replaced, once for all of them; true also when there is none yet.
+bool may_replace(QWidget *parent, const QString &title, const QStringList &paths);
 
 /// Asks for file names and remembers the last one of each command for the life of the process.
 class FileDialogs {

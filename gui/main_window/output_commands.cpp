@@ -64,9 +64,16 @@ void cBriselApp::Output_CreatePlotDataFiles() {
   if (selection.exec() != QDialog::Accepted) return;
   const QString base = files.save(this, FileCommand::plot_data);
   if (base.isEmpty()) return;
+  const auto path_of = [&](std::size_t index) {
+    return base.toStdString() + "." + std::string(plot_data_files[index].extension);
+  };
+  QStringList paths;
+  for (std::size_t index = 0; index < plot_data_files.size(); index++)
+    if (selection.is_checked(index)) paths.append(QString::fromStdString(path_of(index)));
+  if (!may_replace(this, file_command(FileCommand::plot_data).title, paths)) return;
   for (std::size_t index = 0; index < plot_data_files.size(); index++) {
     if (!selection.is_checked(index)) continue;
-    const std::string path = base.toStdString() + "." + std::string(plot_data_files[index].extension);
+    const std::string path = path_of(index);
     std::string why;
     auto text = plot_data_text(index, plot_arrays, plot_state.factor, plot_state.radians);
     if (!text) return post_message(Message::result_not_finite, path);
@@ -159,6 +166,9 @@ void cBriselApp::Codegen_dsPIC30() {
   if (result == form_not_supported || result == cannot_create)
     return post_message(static_cast<Message>(result), base.toStdString());
   if (result != success) return; // told by the generator
+  QStringList paths;
+  for (const GeneratedFile &file : generated) paths.append(QString::fromStdString(file.path));
+  if (!may_replace(this, file_command(FileCommand::dspic30).title, paths)) return;
   FileSet set;
   for (GeneratedFile &file : generated) set.add(file.path, std::move(file.text));
   if (!set.commit(why)) return post_message(Message::write_failed, why);

@@ -3,6 +3,8 @@
 #include "gui/main_window/brisel_app.h"
 
 #include <QApplication>
+#include <QFontInfo>
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <clocale>
@@ -31,10 +33,17 @@ void while_starting(QtMsgType type, const QMessageLogContext &, const QString &)
 extern "C" [[gnu::visibility("default")]] int brisel_workstation(int argc, char **argv) {
   if (!is_set("DISPLAY") && !is_set("WAYLAND_DISPLAY") && !is_set("QT_QPA_PLATFORM"))
     return no_display("DISPLAY is not set");
+  // What the toolkit misses, a folder of the session for one, is no news for the user; QT_LOGGING_RULES still asks for
+  // it.
+  QLoggingCategory::setFilterRules("*.debug=false\n*.info=false\n*.warning=false");
   const QtMessageHandler usual = qInstallMessageHandler(while_starting);
   QApplication application(argc, argv);
   qInstallMessageHandler(usual);
   std::setlocale(LC_NUMERIC, "C"); // the toolkit has set the user's
+  if (QFontInfo(QApplication::font()).family().isEmpty()) {
+    std::fprintf(stderr, "brisel: no fonts are installed: install fontconfig and fonts-liberation\n");
+    return 1;
+  }
   QApplication::setApplicationName("Brisel");
   QApplication::setApplicationVersion(BRISEL_VERSION);
   QApplication::setDesktopFileName("brisel");

@@ -1,5 +1,6 @@
 // The module of the workstation in a program: one engine for both, and a clear word when it cannot open.
 #include "engine/core/design_state.h"
+#include "engine/files/spec_file.h"
 #include "gui/main_window/workstation_loader.h"
 #include "tests/batch/run_brisel.h"
 
@@ -8,6 +9,8 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QTimer>
+
+#include <clocale>
 
 namespace brisel {
 namespace {
@@ -41,15 +44,52 @@ TEST(WorkstationModule, DesignsIntoTheStateOfTheProgram) {
   ASSERT_EQ(::chdir("/"), 0);
 }
 
+// What the child of a death test finds when it has run the workstation on examples/lowpass.spc.
+[[noreturn]] void save_the_same_numbers(const Workshop &folder) {
+  std::string name = "brisel", file = BRISEL_SOURCE_DIR "/examples/lowpass.spc";
+  char *arguments[] = {name.data(), file.data(), nullptr};
+  const int result = run_workstation(MODULE_FOLDER, 2, arguments);
+  const bool foreign = std::string(std::setlocale(LC_TIME, nullptr)) == "de_DE.UTF-8";
+  const bool saved = write_filter_spec(folder.path("saved.spc"), *current_spec);
+  const bool same = folder.read("saved.spc") == example("lowpass.spc");
+  std::fprintf(stderr, "result %d, designed %d, locale %d, saved %d, same %d", result, seen_by_the_program, foreign,
+               saved, same);
+  std::exit(0);
+}
+
+TEST(WorkstationModule, ADecimalCommaAndAMissingHomeChangeNoNumber) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe"); // a fresh process: the toolkit takes the locale once
+  Workshop folder;
+  ASSERT_EQ(std::system(("localedef -i de_DE -f UTF-8 '" + folder.path("de_DE.UTF-8") + "' >/dev/null 2>&1").c_str()),
+            0)
+      << "the package locales is missing";
+  folder.write("system.brisel", "Brisel System Setup File V6.1\n\nBrisel.DesignOrAnalysisType: 1 \n");
+  ASSERT_EQ(::chdir(folder.path("").c_str()), 0);
+  const auto run = [&] {
+    for (const char *variable : {"XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "LANG"}) unsetenv(variable);
+    setenv("HOME", "/nonexistent", 1);
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("LOCPATH", folder.path("").c_str(), 1);
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    save_the_same_numbers(folder);
+  };
+  // Nothing but its own line: the toolkit keeps quiet.
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^result 0, designed 1, locale 1, saved 1, same 1$");
+  ASSERT_EQ(::chdir("/"), 0);
+}
+
 TEST(WorkstationModule, MissingModuleOrDisplayGivesOneLine) {
   Workshop folder;
   std::filesystem::copy(BRISEL_EXECUTABLE, folder.path("alone"));
+  folder.write("fonts.conf", "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"fonts.dtd\"><fontconfig>"
+                             "<dir>/nonexistent</dir></fontconfig>");
   const struct {
     std::string program, environment, says;
   } rows[] = {
       {BRISEL_EXECUTABLE, "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM", "DISPLAY is not set"},
       {BRISEL_EXECUTABLE, "env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM DISPLAY=:4711", "no display"},
       {BRISEL_EXECUTABLE, "env QT_QPA_PLATFORM=no_such_platform", "no display"},
+      {BRISEL_EXECUTABLE, "env QT_QPA_PLATFORM=offscreen FONTCONFIG_FILE=" + folder.path("fonts.conf"), "no fonts"},
       {folder.path("alone"), "env QT_QPA_PLATFORM=offscreen", "brisel_workstation.so is neither in"},
   };
   for (const auto &row : rows) {
