@@ -174,6 +174,7 @@ void SetFilterDesignType() {
   apply_frequency_mode();
   apply_method_rule();
   design_state.analog_type = code(AnalogPrototype::elliptic);
+  design_state.order = 0; // belonged to the prototype before
   const FilterType filter_type{static_cast<std::int8_t>(type)};
   const bool windowless = filter_type == FilterType::arbitrary_magnitude || filter_type == FilterType::raised_cosine ||
                           filter_type == FilterType::root_raised_cosine;

@@ -158,6 +158,31 @@ double entered_sample_rate() {
   return sample_rate(selected_system(design_state).entry);
 }
 
+double highest_root_frequency(InputOption option, const SystemEntries &entries) {
+  PoleZeroEntry found{};
+  bool rooted = true;
+  switch (option) {
+  case InputOption::ratio:
+    rooted = ratio_to_pole_zero(Domain::s, entries.ratio, found);
+    break;
+  case InputOption::product:
+    rooted = cascade_to_pole_zero(Domain::s, entries.product, found);
+    break;
+  case InputOption::sum:
+    rooted = parallel_to_pole_zero(Domain::s, entries.sum, found);
+    break;
+  default:
+    found = entries.pole_zero;
+  }
+  if (!rooted) return 0;
+  double highest = 0;
+  for (int i = 0; i < found.real_zeros + found.complex_zeros; i++)
+    highest = std::max(highest, std::abs(found.zeros[i]));
+  for (int i = 0; i < found.real_poles + found.complex_poles; i++)
+    highest = std::max(highest, std::abs(found.poles[i]));
+  return highest;
+}
+
 void analyze_system() {
   const double rate = entered_sample_rate();
   if (!(rate > 0)) return post_message(Message::system_has_no_form);

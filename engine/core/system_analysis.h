@@ -13,6 +13,10 @@ void copy_entry(const SystemEntries &entries, InputOption option, IirForms &form
 /// analog response is computed. Afterwards `design_record.valid` tells whether there is a result.
 void analyze_system();
 
+/// The largest |root| of an entered analog system, radians per second: what prewarping of every pole and zero has to
+/// place below half the sampling frequency. 0 for a system without poles and zeros.
+double highest_root_frequency(InputOption option, const SystemEntries &entries);
+
 /// Sampling frequency of that system, radians per second.
 double entered_sample_rate();
 

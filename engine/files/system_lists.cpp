@@ -20,8 +20,8 @@ NumberRows column(std::span<const double> values) {
 
 NumberRows without_leading_zeros(std::span<const double> values) {
   const auto first = std::ranges::find_if(values, [](double value) { return value != 0; });
-  const auto skipped = std::min<std::ptrdiff_t>(first - values.begin(), static_cast<std::ptrdiff_t>(values.size()) - 1);
-  return column(values.subspan(static_cast<std::size_t>(skipped)));
+  if (first == values.end()) return column(values.last(std::min<std::size_t>(values.size(), 1)));
+  return column(values.subspan(static_cast<std::size_t>(first - values.begin())));
 }
 
 NumberRows upper_half(std::span<const std::complex<double>> values) {
@@ -240,6 +240,27 @@ std::optional<SystemComplaint> enter_lists(Domain domain, InputOption option, co
     misfit = enter(entries.fir[static_cast<std::size_t>(code(option) - code(InputOption::symmetric_fir))]);
   }
   return misfit ? misfit : check_system(domain, option, system_entry(entries, option));
+}
+
+std::vector<double> to_coordinates(const std::vector<double> &row, Coordinates coordinates, double sample_rate) {
+  if (coordinates == Coordinates::real_and_imaginary || row[1] == 0) return row;
+  const double radius = std::hypot(row[0], row[1]), angle = std::atan2(row[1], row[0]);
+  return {radius, coordinates == Coordinates::radius_and_radians ? angle : angle / two_pi * (sample_rate / two_pi)};
+}
+
+std::vector<double> from_coordinates(const std::vector<double> &row, Coordinates coordinates, double sample_rate) {
+  if (coordinates == Coordinates::real_and_imaginary || row[1] == 0) return row;
+  const double turns = coordinates == Coordinates::radius_and_radians ? row[1] / two_pi : row[1] * two_pi / sample_rate;
+  const double halves = 2 * turns, nearest = std::round(halves);
+  if (std::fabs(halves - nearest) < 1e-9) return {std::fmod(nearest, 2) == 0 ? row[0] : -row[0], 0};
+  const std::complex<double> value = row[0] * std::exp(std::complex<double>(0, two_pi * turns));
+  return {value.real(), value.imag()};
+}
+
+std::vector<double> neutral_section(Domain domain, InputOption option) {
+  const double through = option == InputOption::product ? 1 : 0;
+  if (domain == Domain::z) return {through, 0, 0, 1, 0, 0};
+  return {0, 0, through, 0, 0, 1};
 }
 
 SystemLists example_lists(Domain domain, InputOption option, double unit_factor) {

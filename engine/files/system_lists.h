@@ -40,6 +40,16 @@ void align_digital_ratio(RatioEntry &entry);
 /// Powers of z^-1, or of s, that the sections have together.
 std::int16_t order_of_sections(Domain domain, const SectionEntry &entry);
 
+/// How a pole or zero is written down. An angle in hertz is that of the digital frequency.
+enum class Coordinates { real_and_imaginary, radius_and_radians, radius_and_hertz };
+/// A row of poles or zeros in other coordinates and back. Real values have an angle of 0 and a radius with their sign;
+/// an angle of half a turn, to the digits that are shown of it, is read as real too.
+std::vector<double> to_coordinates(const std::vector<double> &row, Coordinates coordinates, double sample_rate);
+std::vector<double> from_coordinates(const std::vector<double> &row, Coordinates coordinates, double sample_rate);
+
+/// What a row that is added to the sections begins as: it changes nothing.
+std::vector<double> neutral_section(Domain domain, InputOption option);
+
 /// A small system to begin with, at a sampling frequency of 8000 in the user's unit.
 SystemLists example_lists(Domain domain, InputOption option, double unit_factor);
 

@@ -58,7 +58,7 @@ void cFirWinLengthEstDialogImpl::read() {
       window = i;
       pLength_Edit->setText(QString::number(lengths[static_cast<std::size_t>(i)]));
     }
-  length = length_in(pLength_Edit, lengths[static_cast<std::size_t>(window)]);
+  length = estimated_or_own(pLength_Edit, min_taps, max_taps, lengths[static_cast<std::size_t>(window)]);
 }
 
 void cFirWinLengthEstDialogImpl::store() {
@@ -89,7 +89,7 @@ int cFirLengthDialogImpl::estimate() const {
 }
 
 void cFirLengthDialogImpl::read() {
-  length = length_in(pLength_Edit, estimate());
+  length = estimated_or_own(pLength_Edit, min_taps, max_taps, estimate());
 }
 
 void cFirLengthDialogImpl::store() {
@@ -127,7 +127,7 @@ void cEqLpLsEstDialogImpl::read() {
   // The length follows the estimate until the user enters an own one.
   if (before != estimate && (pLength_Edit->text().isEmpty() || pLength_Edit->text() == before))
     pLength_Edit->setText(estimate);
-  length = length_in(pLength_Edit, estimate.toInt());
+  length = estimated_or_own(pLength_Edit, min_taps, max_taps, estimate.toInt());
 }
 
 void cEqLpLsEstDialogImpl::store() {
@@ -152,7 +152,8 @@ cIirOrderEstDialogImpl::cIirOrderEstDialogImpl(QWidget *parent) : SequencePage(p
     findChild<QLabel *>(QString("pOrder%1_Label").arg(i))->setText(QString::number(orders[i]));
     findChild<QRadioButton *>(QString("pPrototype%1_Button").arg(i))->setChecked(static_cast<int>(i) == prototype);
   }
-  pOrder_Edit->setText(QString::number(orders[static_cast<std::size_t>(prototype)]));
+  order = design_state.order;
+  pOrder_Edit->setText(QString::number(order ? order : orders[static_cast<std::size_t>(prototype)]));
   begin();
 }
 
@@ -163,7 +164,7 @@ void cIirOrderEstDialogImpl::read() {
       prototype = static_cast<int>(i);
       pOrder_Edit->setText(QString::number(orders[i]));
     }
-  order = whole_number_in(pOrder_Edit, 1, max_order, true).value_or(0);
+  order = estimated_or_own(pOrder_Edit, 1, max_order, orders[static_cast<std::size_t>(prototype)]);
   const bool band_filter =
       current_spec->type == code(FilterType::band_pass) || current_spec->type == code(FilterType::band_stop);
   if (band_filter && order % 2) mark(pOrder_Edit, "the order of a bandpass or bandstop filter is even");
@@ -180,10 +181,13 @@ cCompSpecDialogImpl::cCompSpecDialogImpl(QWidget *parent) : SequencePage(parent,
   setupUi(this);
   pComb_Button->setChecked(design_state.CompensationType == 1);
   pSinc_Button->setChecked(!pComb_Button->isChecked());
-  const auto start = [](int stored) { return QString::number(stored ? stored : 1); };
-  pRate_Edit->setText(start(design_state.CompensationRateChange));
-  pDelay_Edit->setText(start(design_state.CompensationDifferentialDelay));
-  pStages_Edit->setText(start(design_state.CompensationNumberOfStages));
+  const auto start = [](QLineEdit *edit, int &value, int stored) {
+    if (stored) value = stored;
+    edit->setText(QString::number(value));
+  };
+  start(pRate_Edit, rate, design_state.CompensationRateChange);
+  start(pDelay_Edit, delay, design_state.CompensationDifferentialDelay);
+  start(pStages_Edit, stages, design_state.CompensationNumberOfStages);
   begin();
 }
 
@@ -191,9 +195,9 @@ void cCompSpecDialogImpl::read() {
   const bool comb = pComb_Button->isChecked();
   for (QLineEdit *edit : {pRate_Edit, pDelay_Edit, pStages_Edit}) edit->setEnabled(comb);
   if (!comb) return;
-  rate = whole_number_in(pRate_Edit, 1, max_compensation_setting).value_or(1);
-  delay = whole_number_in(pDelay_Edit, 1, max_compensation_setting).value_or(1);
-  stages = whole_number_in(pStages_Edit, 1, max_compensation_setting).value_or(1);
+  rate = whole_number_in(pRate_Edit, 1, max_compensation_setting).value_or(rate);
+  delay = whole_number_in(pDelay_Edit, 1, max_compensation_setting).value_or(delay);
+  stages = whole_number_in(pStages_Edit, 1, max_compensation_setting).value_or(stages);
 }
 
 void cCompSpecDialogImpl::store() {

@@ -73,6 +73,10 @@ void SequencePage::begin() {
     if (button->isCheckable()) connect(button, &QAbstractButton::toggled, this, &SequencePage::check);
   for (QTableWidget *table : findChildren<QTableWidget *>())
     connect(table, &QTableWidget::itemChanged, this, &SequencePage::check);
+  if (auto *shared = findChild<QLabel *>("pProblem_Label")) {
+    shared->setWordWrap(true);
+    shared->setMinimumHeight(2 * shared->fontMetrics().lineSpacing()); // the page does not grow with a long reason
+  }
   check();
 }
 
@@ -90,10 +94,7 @@ void SequencePage::check() {
 }
 
 QLabel *SequencePage::reason_label(QWidget *field) {
-  if (auto *shared = findChild<QLabel *>("pProblem_Label")) {
-    shared->setWordWrap(true);
-    return shared;
-  }
+  if (auto *shared = findChild<QLabel *>("pProblem_Label")) return shared;
   int row = 0;
   QGridLayout *grid = grid_of(this, field, row);
   if (!grid) return nullptr;
@@ -137,9 +138,9 @@ std::optional<int> SequencePage::whole_number_in(QLineEdit *edit, int lowest, in
   return std::nullopt;
 }
 
-int SequencePage::length_in(QLineEdit *edit, int estimate) {
-  const int length = whole_number_in(edit, min_taps, max_taps, true).value_or(0);
-  return length == estimate && !edit->isModified() ? 0 : length;
+int SequencePage::estimated_or_own(QLineEdit *edit, int lowest, int highest, int estimate) {
+  const int value = whole_number_in(edit, lowest, highest, true).value_or(0);
+  return value == estimate && !edit->isModified() ? 0 : value;
 }
 
 void SequencePage::add_unit(QLineEdit *edit, const QString &unit) {
@@ -155,6 +156,12 @@ void SequencePage::accept() {
   if (!right) return;
   store();
   QDialog::accept();
+}
+
+void SequencePage::Previous() {
+  check();
+  store();
+  done(page_back);
 }
 
 void SequencePage::Help() {

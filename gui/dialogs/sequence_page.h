@@ -18,7 +18,8 @@ namespace brisel {
 inline constexpr int page_back = 3;
 
 /// A page reads its widgets into values of its own whenever one of them changes; what is wrong is marked with its
-/// reason, and Next stays disabled until nothing is. Only Next stores the values in the engine.
+/// reason, and Next stays disabled until nothing is. Next stores the values in the engine. Prev stores them too, so
+/// that the page shows them again; what is wrong is dropped. Whoever runs the pages undoes that when the user cancels.
 ///
 /// Reasons stand beside their fields, or below them in `pProblem_Label` on pages that are grids of fields.
 class SequencePage : public QDialog {
@@ -26,7 +27,7 @@ class SequencePage : public QDialog {
 
 public Q_SLOTS:
   void accept() override;
-  void Previous() { done(page_back); }
+  void Previous();
   void Help();
 
 protected:
@@ -38,9 +39,9 @@ protected:
   void check();
   bool is_right() const { return right; }
 
-  /// Reads the widgets into the page's values and marks what is wrong.
+  /// Reads the widgets into the page's values and marks what is wrong, whose value stays what it was.
   virtual void read() = 0;
-  /// Puts the values, which are right, where the engine finds them.
+  /// Puts the values where the engine, and this page when it opens again, find them.
   virtual void store() = 0;
 
   /// Shows `field` as wrong. Of several reasons the first stands.
@@ -49,8 +50,9 @@ protected:
   std::optional<double> number_in(QLineEdit *edit);
   /// The same for a whole number in a range; an empty field is nothing without a mark where that is allowed.
   std::optional<int> whole_number_in(QLineEdit *edit, int lowest, int highest, bool may_be_empty = false);
-  /// The length to design: an estimate that the user left as it was is 0, so that it follows the next specification.
-  int length_in(QLineEdit *edit, int estimate);
+  /// The length or order to design: an estimate that the user left as it was is 0, so that it follows the next
+  /// specification.
+  int estimated_or_own(QLineEdit *edit, int lowest, int highest, int estimate);
   /// A unit behind a field that stands in a grid.
   void add_unit(QLineEdit *edit, const QString &unit);
 

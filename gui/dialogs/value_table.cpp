@@ -12,7 +12,7 @@
 #include <QShortcut>
 #include <QTableWidget>
 
-#include <set>
+#include <algorithm>
 
 namespace brisel {
 
@@ -23,6 +23,14 @@ std::optional<double> number(const QString &word) {
   std::size_t used = 0;
   const auto value = parse_number(text, &used);
   return used == text.size() ? value : std::nullopt;
+}
+
+constexpr int exact_role = Qt::UserRole; // the number that the text was made of
+
+std::optional<double> number_of(const QTableWidgetItem *item) {
+  if (!item) return std::nullopt;
+  const QVariant exact = item->data(exact_role);
+  return exact.isValid() && item->text() == shown(exact.toDouble()) ? exact.toDouble() : number(item->text());
 }
 
 } // namespace
@@ -73,11 +81,17 @@ void ValueTable::set_up(QTableWidget *shown_table, const QStringList &columns, i
 void ValueTable::show(const std::vector<std::vector<double>> &rows) {
   const bool blocked = table->blockSignals(true);
   table->setRowCount(static_cast<int>(rows.size()));
-  for (int r = 0; r < table->rowCount(); r++)
-    for (int c = 0; c < table->columnCount(); c++)
-      table->setItem(
-          r, c, new QTableWidgetItem(brisel::shown(rows[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])));
+  for (int r = 0; r < table->rowCount(); r++) set_row(r, rows[static_cast<std::size_t>(r)]);
   table->blockSignals(blocked);
+}
+
+void ValueTable::set_row(int at, const std::vector<double> &values) {
+  for (int c = 0; c < table->columnCount(); c++) {
+    const double value = values[static_cast<std::size_t>(c)];
+    auto *item = new QTableWidgetItem(brisel::shown(value));
+    item->setData(exact_role, value);
+    table->setItem(at, c, item);
+  }
 }
 
 std::optional<std::vector<std::vector<double>>> ValueTable::rows(QString &why) const {
@@ -85,8 +99,7 @@ std::optional<std::vector<std::vector<double>>> ValueTable::rows(QString &why) c
   for (int r = 0; r < table->rowCount(); r++) {
     std::vector<double> row;
     for (int c = 0; c < table->columnCount(); c++) {
-      const QTableWidgetItem *item = table->item(r, c);
-      const auto value = item ? number(item->text()) : std::nullopt;
+      const auto value = number_of(table->item(r, c));
       if (!value) {
         why = QString("row %1: %2 is not a number").arg(r + 1).arg(table->horizontalHeaderItem(c)->text());
         return std::nullopt;
@@ -103,15 +116,22 @@ void ValueTable::add_row() {
   if (table->rowCount() >= most) return;
   const int at = table->currentRow() < 0 ? table->rowCount() : table->currentRow() + 1;
   table->insertRow(at);
-  for (int c = 0; c < table->columnCount(); c++) table->setItem(at, c, new QTableWidgetItem("0"));
+  set_row(at, new_row.empty() ? std::vector<double>(static_cast<std::size_t>(table->columnCount())) : new_row);
   table->setCurrentCell(at, 0);
   table->editItem(table->item(at, 0));
 }
 
 void ValueTable::remove_rows() {
-  std::set<int, std::greater<>> chosen;
-  for (const QModelIndex &index : table->selectionModel()->selectedIndexes()) chosen.insert(index.row());
-  for (const int row : chosen) table->removeRow(row);
+  // Ranges from the last to the first, so that the rows of the others stay where they are.
+  QItemSelection chosen = table->selectionModel()->selection();
+  std::sort(chosen.begin(), chosen.end(), [](const auto &a, const auto &b) { return a.bottom() > b.bottom(); });
+  int above = table->rowCount(); // rows from here on are done
+  for (const QItemSelectionRange &range : chosen) {
+    const int last = std::min(range.bottom(), above - 1);
+    if (last < range.top()) continue;
+    table->model()->removeRows(range.top(), last - range.top() + 1);
+    above = range.top();
+  }
   Q_EMIT table->itemChanged(nullptr);
 }
 

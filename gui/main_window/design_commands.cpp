@@ -5,6 +5,7 @@
 #include "gui/dialogs/design_dialogs.h"
 #include "gui/dialogs/option_dialogs.h"
 #include "gui/dialogs/result_texts.h"
+#include "gui/dialogs/system_pages.h"
 #include "gui/dialogs/text_view_dialog.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/brisel_mdi_child.h"
@@ -94,14 +95,12 @@ void cBriselApp::Filter_StartDesign() {
 
 void cBriselApp::Analysis_ZDomain(int position) {
   const InputOption option = option_of_position[static_cast<std::size_t>(position)];
-  if (option != no_option) design_state.z_input_option = code(option);
-  design_state.DesignOrAnalysisType = code(DesignMethod::z_analysis);
-  start_analysis();
+  if (option != no_option && enter_system(Domain::z, option, this)) start_analysis();
 }
 
 void cBriselApp::Analysis_SDomain() {
-  design_state.DesignOrAnalysisType = code(DesignMethod::s_analysis);
-  start_analysis();
+  const InputOption chosen{design_state.s_input_option};
+  if (enter_system(Domain::s, chosen <= InputOption::sum ? chosen : InputOption::ratio, this)) start_analysis();
 }
 
 void cBriselApp::Analysis_IIRFilterOutput() {

@@ -1,6 +1,7 @@
 // system_lists_test.cpp - entered systems as lists of numbers, and what is wrong with them.
 #include "engine/files/system_lists.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
@@ -93,6 +94,32 @@ TEST(SystemLists, ConjugatesAreEnteredOnce) {
   EXPECT_EQ(entry.real_poles, 1);
   EXPECT_EQ(entry.complex_poles, 4);
   EXPECT_EQ(entry.poles[1], std::conj(entry.poles[0]));
+}
+
+TEST(SystemLists, PolesAreWrittenInThreeKindsOfCoordinates) {
+  const double rate = 8000 * two_pi, third = two_pi / 6, half_root = std::sqrt(0.5);
+  const struct {
+    std::vector<double> place;
+    Coordinates coordinates;
+    std::vector<double> written;
+  } rows[] = {
+      {{0.5, 0.25}, Coordinates::real_and_imaginary, {0.5, 0.25}},
+      {{0.25, 0.25 * std::sqrt(3)}, Coordinates::radius_and_radians, {0.5, third}},
+      {{-0.5 * half_root, 0.5 * half_root}, Coordinates::radius_and_hertz, {0.5, 3000}},
+      {{-0.5, 0}, Coordinates::radius_and_radians, {-0.5, 0}},
+      {{0.75, 0}, Coordinates::radius_and_hertz, {0.75, 0}},
+  };
+  for (const auto &row : rows) {
+    const auto written = to_coordinates(row.place, row.coordinates, rate);
+    const auto back = from_coordinates(row.written, row.coordinates, rate);
+    for (std::size_t i = 0; i < 2; i++) {
+      EXPECT_NEAR(written[i], row.written[i], 1e-12 * (1 + row.written[i]));
+      EXPECT_NEAR(back[i], row.place[i], 1e-15);
+    }
+  }
+  using Row = std::vector<double>;
+  EXPECT_EQ(from_coordinates({0.5, 3.141592654}, Coordinates::radius_and_radians, rate), (Row{-0.5, 0}));
+  EXPECT_EQ(from_coordinates({0.5, 4000}, Coordinates::radius_and_hertz, rate), (Row{-0.5, 0}));
 }
 
 TEST(SystemCheck, SaysWhatIsWrong) {

@@ -3,64 +3,14 @@
 #include "engine/core/front_end.h"
 #include "engine/files/spec_file.h"
 #include "gui/dialogs/spec_page.h"
-#include "tests/gui/main_window/workstation_fixture.h"
+#include "tests/gui/dialogs/page_walk.h"
 
-#include <QLabel>
-#include <QLineEdit>
 #include <QRadioButton>
 
 namespace brisel {
 namespace {
 
-/// Takes the pages in their order; each step gets its dialog and must close it.
-class DesignPagesTest : public WorkstationTest {
-protected:
-  void SetUp() override {
-    WorkstationTest::SetUp();
-    set_start_values();
-    dialogs.answer = [this](QDialog &dialog) {
-      seen.append(dialog.objectName());
-      if (step >= steps.size()) return dialog.reject();
-      const std::size_t current = step++;
-      steps[current](dialog);
-    };
-  }
-
-  using Step = std::function<void(QDialog &)>;
-  std::vector<Step> steps;
-  std::size_t step = 0;
-  QStringList seen;
-};
-
-void type(QDialog &dialog, const char *field, const QString &text) {
-  auto *edit = dialog.findChild<QLineEdit *>(field);
-  ASSERT_TRUE(edit) << field;
-  edit->setFocus();
-  edit->selectAll();
-  QTest::keyClicks(edit, text);
-}
-
-void next(QDialog &dialog) {
-  QTest::keyClick(&dialog, Qt::Key_Return);
-}
-
-void click(QDialog &dialog, const char *button) {
-  auto *found = dialog.findChild<QAbstractButton *>(button);
-  ASSERT_TRUE(found) << button;
-  QTest::mouseClick(found, Qt::LeftButton, {}, QPoint(10, found->height() / 2)); // radio buttons react on their text
-}
-
-bool next_enabled(const QDialog &dialog) {
-  return dialog.findChild<QPushButton *>("pNext_Button")->isEnabled();
-}
-
-/// Every reason that a page shows.
-QString reasons(const QDialog &dialog) {
-  QString all;
-  for (const QLabel *label : dialog.findChildren<QLabel *>())
-    if (label->styleSheet().contains("color")) all += label->text();
-  return all;
-}
+using DesignPagesTest = PageWalkTest;
 
 TEST_F(DesignPagesTest, EveryFilterTypeRunsToTheSameTapsAsItsSpecificationAlone) {
   const struct {
@@ -193,29 +143,62 @@ TEST_F(DesignPagesTest, PrevKeepsTheValuesOfEveryPage) {
            },
            [](QDialog &dialog) {
              EXPECT_FALSE(dialog.findChild<QLineEdit *>("pLE3_Edit")->isEnabled());
-             type(dialog, "pDV1_Edit", "0.75");
+             type(dialog, "pDV1_Edit", "0.75"); // right
+             type(dialog, "pR2_Edit", "-");     // not yet
              click(dialog, "pPrev_Button");
            },
            [](QDialog &dialog) {
-             EXPECT_EQ(dialog.findChild<QLineEdit *>("pNumBands_Edit")->text(), "2");
+             EXPECT_EQ(text_in(dialog, "pNumBands_Edit"), "2");
              next(dialog);
            },
            [](QDialog &dialog) {
-             type(dialog, "pDV1_Edit", "0.75");
+             EXPECT_EQ(text_in(dialog, "pDV1_Edit"), "0.75");
+             EXPECT_EQ(text_in(dialog, "pR2_Edit"), "0.001");
              next(dialog);
            },
-           [](QDialog &dialog) { click(dialog, "pPrev_Button"); }, // back from the length
+           [](QDialog &dialog) {
+             type(dialog, "pLength_Edit", "77");
+             click(dialog, "pPrev_Button");
+           },
            next,
            [](QDialog &dialog) {
-             EXPECT_EQ(dialog.findChild<QLineEdit *>("pDV1_Edit")->text(), "0.75");
+             EXPECT_EQ(text_in(dialog, "pDV1_Edit"), "0.75");
              next(dialog);
            },
-           next};
+           [](QDialog &dialog) {
+             EXPECT_EQ(text_in(dialog, "pLength_Edit"), "77");
+             next(dialog);
+           }};
   window->FilterMenuActivated(5);
   EXPECT_EQ(step, steps.size());
   ASSERT_TRUE(design_record.valid);
   EXPECT_EQ(design_record.loaded.band_count, 2);
   EXPECT_EQ(design_record.loaded.band_value[0], 0.75);
+}
+
+TEST_F(DesignPagesTest, PrevKeepsTheOrderAndPrototypeOfTheRun) {
+  steps = {next,
+           [](QDialog &dialog) {
+             click(dialog, "pPrototype1_Button");
+             type(dialog, "pOrder_Edit", "11");
+             click(dialog, "pPrev_Button");
+           },
+           next,
+           [](QDialog &dialog) {
+             EXPECT_TRUE(dialog.findChild<QRadioButton *>("pPrototype1_Button")->isChecked());
+             EXPECT_EQ(text_in(dialog, "pOrder_Edit"), "11");
+             next(dialog);
+           }};
+  window->FilterMenuActivated(0);
+  ASSERT_TRUE(design_record.valid);
+  EXPECT_EQ(design_record.selections.order, 11);
+  // The next run begins with the estimate of its own prototype.
+  walk({next, [](QDialog &dialog) {
+          EXPECT_EQ(text_in(dialog, "pOrder_Edit"), dialog.findChild<QLabel *>("pOrder3_Label")->text());
+          cancel(dialog);
+        }});
+  window->Filter_StartDesign();
+  EXPECT_EQ(step, 2u);
 }
 
 TEST_F(DesignPagesTest, ChoosingAWindowFillsTheLengthAndAnOwnValueOverridesIt) {
@@ -256,7 +239,6 @@ TEST_F(DesignPagesTest, ChoosingAWindowFillsTheLengthAndAnOwnValueOverridesIt) {
 }
 
 TEST_F(DesignPagesTest, CancelAnywhereChangesNothing) {
-  const auto cancel = [](QDialog &dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); };
   const auto change = [](QDialog &dialog) {
     type(dialog, "pPassbandFreq0_Edit", "1100");
     next(dialog);
