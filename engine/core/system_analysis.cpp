@@ -138,7 +138,8 @@ bool SystemAnalysisConv() {
     return true;
   }
   const ZTransform method{static_cast<std::int8_t>(r.selections.SDomainAnalysisRealizationMethod)};
-  if (!digital && !can_prewarp(r.selections.prewarp_frequency, sample_rate(system)))
+  const bool bilinear = !digital && method == ZTransform::bilinear;
+  if (bilinear && !can_prewarp(chosen_prewarp().frequency, sample_rate(system)))
     return refuse(Message::prewarp_impossible);
   IirForms &forms = digital ? r.z : r.s_unnormalized;
   copy_entry(digital ? z_entries : s_entries, option, forms);

@@ -219,14 +219,18 @@ TEST(SystemAnalysis, RefusesFrequenciesThatCannotBePrewarped) {
     bool every_root;
     double rate;
     bool valid;
-  } rows[] = {{4000, false, 8000, false}, {-1, false, 8000, false}, {3999, false, 8000, true},
-              {0, true, 5000, false},     {0, true, 5001, true},    {0, false, 5000, true}};
+    ZTransform method = ZTransform::bilinear;
+  } rows[] = {{4000, true, 8000, true},   {4000, false, 8000, true, ZTransform::matched_z},
+              {4000, false, 8000, false}, {-1, false, 8000, false},
+              {3999, false, 8000, true},  {0, true, 5000, false},
+              {0, true, 5001, true},      {0, false, 5000, true}};
   for (const auto &row : rows) {
     Engine engine;
     ASSERT_EQ(read_system_text(notch, design_state, z_entries, s_entries), 0);
     s_entries.ratio.sample_rate = row.rate * two_pi;
     design_state.prewarp_frequency = row.frequency * two_pi;
     design_state.PrewarpOption = row.every_root;
+    design_state.SDomainAnalysisRealizationMethod = static_cast<std::uint8_t>(row.method);
     analyze_system();
     EXPECT_EQ(design_record.valid != 0, row.valid) << row.frequency << row.every_root;
     if (row.valid) continue;
