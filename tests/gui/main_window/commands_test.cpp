@@ -132,7 +132,6 @@ TEST_F(WorkstationTest, ShowsEveryPlotOfADesign) {
   design_lowpass();
   window->tile();
   QCoreApplication::processEvents();
-  const QImage whole = window->grab().toImage();
   const QColor curve = window->style_of_plots().function.color();
   const auto has_curve = [&](const QImage &picture) {
     for (int y = 0; y < picture.height(); y++)
@@ -142,10 +141,8 @@ TEST_F(WorkstationTest, ShowsEveryPlotOfADesign) {
   };
   for (int kind = 0; kind < plot_kind_count; kind++)
     EXPECT_TRUE(has_curve(plot(PlotKind{static_cast<std::int8_t>(kind)}).grab().toImage())) << kind;
-  if (const char *target = std::getenv("BRISEL_WRITE_PICTURES")) {
-    whole.save(QString(target) + "/workstation.png");
-    plot(PlotKind::log_magnitude).grab().save(QString(target) + "/log-magnitude.png");
-  }
+  take_screenshot(*window, "workstation"); // the pictures in the README
+  take_screenshot(plot(PlotKind::log_magnitude), "log-magnitude");
 }
 
 TEST_F(WorkstationTest, CascadedWindowsAreOfOneSize) {

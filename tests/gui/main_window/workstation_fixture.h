@@ -30,11 +30,12 @@ inline void take_screenshot(QWidget &shown, QString name = {}) {
   const QString folder = qEnvironmentVariable("BRISEL_SCREENSHOTS");
   if (folder.isEmpty()) return;
   if (name.isEmpty()) name = shown.objectName().isEmpty() ? shown.windowTitle() : shown.objectName();
-  shown.grab().save(folder + "/" + name.replace(QRegularExpression("[^A-Za-z0-9]+"), "-") + ".png");
+  shown.grab().save(folder + "/" + name.replace(QRegularExpression("[^A-Za-z0-9_]+"), "-") + ".png");
 }
 
-/// Answers modal windows as they open: message boxes are read and closed, file dialogs get the next of `file_names` or
-/// are cancelled, other dialogs go to `answer`, which goes on through the pages of a run and cancels what is no page.
+/// Answers modal windows as they open: message boxes are read and closed, file dialogs get the next of `file_names`,
+/// else what `name_file` says, or are cancelled, other dialogs go to `answer`, which goes on through the pages of a run
+/// and cancels what is no page.
 class DialogAnswerer {
 public:
   DialogAnswerer() {
@@ -48,6 +49,7 @@ public:
   QStringList messages; // texts of message boxes
   QStringList captions; // of all modal windows
   std::deque<QString> file_names;
+  std::function<QString(const QFileDialog &)> name_file;
   std::function<void(QDialog &)> answer = [](QDialog &dialog) {
     auto *next = dialog.findChild<QPushButton *>("pNext_Button");
     next && next->isEnabled() ? next->click() : dialog.reject();
@@ -69,6 +71,8 @@ private:
       QAbstractButton *pressed = box->button(button);
       pressed ? pressed->click() : box->accept();
     } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
+      if (file_names.empty() && name_file)
+        if (const QString name = name_file(*files); !name.isEmpty()) file_names = {name};
       if (file_names.empty()) return files->reject();
       files->selectFile(file_names.front());
       QMetaObject::invokeMethod(files, "accept");
