@@ -215,9 +215,10 @@ protected:
     loaded = design_record.design_counter;
   }
 
-  /// Every second time a file of the test's folder, so that Cancel has its turn, too; to be read: an example.
+  /// The first and every second time a file of the test's folder, so that Cancel has its turn, too; to be read: an
+  /// example.
   QString name_a_file(const QFileDialog &files) {
-    if (++named % 2 == 0) return {};
+    if (++named % 2 == 0 && !titles.insert(files.windowTitle()).second) return {};
     if (files.acceptMode() == QFileDialog::AcceptSave) return at("tour" + std::to_string(named));
     for (const auto &[kind, name] : {std::pair{"*.spc", "highpass.spc"}, {"*.inp", "lattice.inp"}})
       if (files.nameFilters().first().contains(kind)) return QString::fromStdString(example(name));
@@ -234,7 +235,7 @@ protected:
   }
 
   StallWatch watch;
-  std::set<QString> seen, pressed;
+  std::set<QString> seen, pressed, titles;
   QPointer<QDialog> visited;
   int presses = 0;
   int named = 0;
