@@ -14,15 +14,39 @@ using Complex = std::complex<double>;
 
 namespace {
 
+// A conversion may leave the range of a double on its way; what comes out is then no form of the system.
+template <class Values> bool finite(const Values &values) {
+  return std::all_of(values.begin(), values.end(), [](const auto &v) { return std::isfinite(std::abs(v)); });
+}
+bool is_finite(const SectionEntry &e) {
+  const auto count = static_cast<std::size_t>(e.section_count);
+  return std::isfinite(e.gain) && std::isfinite(e.pars) &&
+         std::all_of(e.numerators.begin(), e.numerators.begin() + count, finite<Triple>) &&
+         std::all_of(e.denominators.begin(), e.denominators.begin() + count, finite<Triple>);
+}
+bool is_finite(const RatioEntry &e) {
+  return std::isfinite(e.gain) && finite(e.numerator) && finite(e.denominator);
+}
+bool is_finite(const PoleZeroEntry &e) {
+  return std::isfinite(e.gain) && finite(e.poles) && finite(e.zeros);
+}
+bool is_finite(const LatticeEntry &e) {
+  return std::isfinite(e.gain) && finite(e.kappa) && finite(e.gamma);
+}
+bool is_finite(const LadderEntry &e) {
+  return std::isfinite(e.gain) && finite(e.alpha);
+}
+
 // `source` names a realization; nothing stands for the poles and zeros.
 bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &forms, FormReport &found) {
   std::optional<WideRatio> wide;
   PoleZeroEntry pole_zero{};
   double sample_rate = 0;
-  bool rooted = false;
+  bool rooted = false, good = false;
   auto take = [&](const auto &entry, std::optional<WideRatio> expanded) {
     wide = std::move(expanded);
     sample_rate = entry.sample_rate;
+    good = is_finite(entry);
   };
   switch (source.value_or(RealizationForm::nonlinear)) {
   case RealizationForm::cascade:
@@ -56,7 +80,8 @@ bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &form
   }
   const bool of_sections = source == RealizationForm::cascade || source == RealizationForm::parallel || !source;
   if (!of_sections) rooted = wide && write_pole_zero(*wide, pole_zero);
-  if (!rooted && !wide) return false;
+  rooted = rooted && is_finite(pole_zero);
+  if (!good || (!rooted && !wide)) return false;
   if (!rooted) pole_zero = {}; // leading taps can make more poles at the origin than the record holds
 
   const Values x = comparison_points(domain, std::span(pole_zero.poles).first(pole_count(pole_zero)));
@@ -87,8 +112,8 @@ bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &form
   if (source) forms.pole_zero = pole_zero;
   found.pole_zero = !source ? 16 : rooted ? digits_kept(x, reference, pole_zero_values(forms.pole_zero, x)) : -1;
   // Zeros of a sum are sometimes had better from its expanded numerator.
-  if (PoleZeroEntry other{};
-      source == RealizationForm::parallel && found.pole_zero < 12 && wide && write_pole_zero(*wide, other)) {
+  if (PoleZeroEntry other{}; source == RealizationForm::parallel && found.pole_zero < 12 && wide &&
+                             write_pole_zero(*wide, other) && is_finite(other)) {
     other.sample_rate = sample_rate;
     if (const double digits = digits_kept(x, reference, pole_zero_values(other, x)); digits > found.pole_zero) {
       forms.pole_zero = other;
@@ -101,7 +126,7 @@ bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &form
   // One form after the other: made by `make`, or emptied when there is none.
   auto derive = [&](RealizationForm form, auto &entry, auto make) -> double {
     if (form == source) return 16;
-    if (entry = {}; make()) {
+    if (entry = {}; make() && is_finite(entry)) {
       entry.sample_rate = sample_rate;
       const bool earlier = form == RealizationForm::cascade || form == RealizationForm::parallel;
       return digits_kept(x, reference, values_of(form, 0.0), earlier ? -found.dropped_delay : 0);

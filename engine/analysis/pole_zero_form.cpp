@@ -125,6 +125,7 @@ bool build_sections(Domain domain, const PoleZeroEntry &pole_zero, long double g
   }
   dropped_delay = domain == Domain::z ? static_cast<int>(poles.size()) - static_cast<int>(zeros.size()) : 0;
 
+  if (!std::isfinite(gain)) return false;
   const int exponent = gain == 0 ? 0 : std::ilogb(gain);
   if (std::abs(exponent) > 1000 && count > 0) {
     const int step = exponent / static_cast<int>(count);

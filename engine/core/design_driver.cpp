@@ -227,6 +227,10 @@ void design_filter() {
     if (!went_back() && !GetOptionalPhaseEqualizationData()) return;
   } while (went_back());
 
+  // Whoever filled it in: these types have no edges of their own.
+  const FilterType type{design_state.filter_type};
+  if (type == FilterType::raised_cosine || type == FilterType::root_raised_cosine)
+    derive_raised_cosine_edges(*current_spec);
   if (const auto complaint = check_spec(*current_spec))
     return post_message(Message::impossible_specification, complaint->reason);
   if (const auto refused = refused_option()) return post_message(refused->number, refused->detail);

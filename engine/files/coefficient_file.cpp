@@ -640,12 +640,15 @@ int read(Reader &reader) {
 
 // --- the design as an image ---
 
-/// `value` = word * 2^shift / 2^(bits - 1), the word at least half scale, cut towards zero.
-void gain_word(double value, int bits, std::int64_t &word, std::int64_t &shift) {
+/// `value` = word * 2^shift / 2^(bits - 1), the word at least half scale, cut towards zero. False when it is not
+/// finite.
+bool gain_word(double value, int bits, std::int64_t &word, std::int64_t &shift) {
+  if (!std::isfinite(value)) return false;
   int exponent = 0;
   const double mantissa = std::frexp(value, &exponent);
   word = static_cast<std::int64_t>(std::ldexp(mantissa, bits - 1));
   shift = value == 0 ? 0 : exponent;
+  return true;
 }
 
 /// An integer of `bits` for a fixed-point coefficient. False when there is none.
@@ -709,15 +712,13 @@ bool sections_image(const SectionEntry &entry, bool parallel, CoefficientFile &i
   if (parallel && !leading_ones) {
     image.section_scale.assign(entry.section_count, entry.pars);
     image.direct_term = entry.pars * entry.gain;
-    gain_word(image.direct_term, image.bits, image.gain_word, image.shift);
-    return true;
+    return gain_word(image.direct_term, image.bits, image.gain_word, image.shift);
   }
   image.gain_multiplier = parallel ? entry.pars : entry.gain;
-  gain_word(image.gain_multiplier, image.bits, image.gain_word, image.shift);
+  if (!gain_word(image.gain_multiplier, image.bits, image.gain_word, image.shift)) return false;
   if (!parallel) return true;
   image.direct_term = entry.gain;
-  gain_word(image.direct_term, image.bits, image.direct_word, image.direct_shift);
-  return true;
+  return gain_word(image.direct_term, image.bits, image.direct_word, image.direct_shift);
 }
 
 template <class Entry> void start_lists(const Entry &entry, int order, CoefficientFile &image) {

@@ -15,7 +15,7 @@ const std::string pictures;
 const std::string everything =
     " --flt a.flt --inp a.inp --report a.rep --trace a.trc --json a.json --plot-data a --c a.c "
     "--dspic30 pic --dspic30-header --dspic30-sim --dspic30-script octave --adsp218x a.dat "
-    "--dsp56800 a56.h --frequency-points 20 --time-points 20";
+    "--dsp56800 a56.h --cocentric a.ds --data a.txt --frequency-points 20 --time-points 20";
 
 struct FaultyJob {
   const char *name;
@@ -25,13 +25,15 @@ struct FaultyJob {
 };
 const FaultyJob faulty_jobs[]{
     {"designOverOldFiles",
-     "design lowpass.spc --quantize fixed --structure canonic --spc a.spc" + everything + pictures, true, false},
-    {"analysisOfANewSystem", "analyze biquads.inp --quantize fixed --structure canonic" + everything, false, false},
-    {"firDesignOverOldFiles", "design lowpass.spc --method window --quantize fixed --spc a.spc" + everything, true,
+     "design lowpass.spc --quantize fixed --structure canonic --spc a.spc --matlab a.m" + everything + pictures, true,
      false},
+    {"analysisOfANewSystem", "analyze biquads.inp --quantize fixed --structure canonic" + everything, false, false},
+    {"firDesignOverOldFiles",
+     "design lowpass.spc --method window --quantize fixed --spc a.spc --matlab a.m" + everything, true, false},
     {"estimateOverAnOldFile", "estimate lowpass.spc --json a.json", true, false},
     {"designInANewFolder",
-     "design lowpass.spc --quantize fixed --structure canonic --spc a.spc" + everything + pictures, false, true},
+     "design lowpass.spc --quantize fixed --structure canonic --spc a.spc --matlab a.m" + everything + pictures, false,
+     true},
     {"analysisOverOldFiles", "analyze biquads.inp --quantize fixed --structure canonic" + everything + pictures, true,
      true},
 };

@@ -22,7 +22,7 @@ const std::string pictures;
 const std::string every_output =
     "design lowpass.spc --quantize fixed --structure canonic --json a.json --report a.rep --detail --spc a.spc --flt "
     "a.flt --inp a.inp --plot-data a --c a.c --dspic30 pic --dspic30-header --dspic30-sim --dspic30-script octave "
-    "--adsp218x a.dat --dsp56800 a56.h" +
+    "--adsp218x a.dat --dsp56800 a56.h --matlab a.m --cocentric a.ds --data a.txt" +
     pictures;
 
 TEST(Surroundings, DoNotChangeAnOutputOrMakeANoise) {

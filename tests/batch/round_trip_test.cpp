@@ -1,9 +1,10 @@
 // Saved files loaded in a new process, and generated C, give the filter that was designed.
-#include "tests/batch/run_brisel.h"
+#include "tests/batch/generated_c.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 using namespace brisel;
 using Json = nlohmann::json;
@@ -98,58 +99,10 @@ TEST(GeneratedC, FiltersAsTheDesignThatItCameFrom) {
     const Outcome made = shop.run(std::string("design a.spc ") + c.options + " --c f.c --json a.json");
     ASSERT_EQ(made.status, 0) << c.options << made.err;
     const auto impulse = Json::parse(shop.read("a.json"))["responses"]["impulse"].get<std::vector<double>>();
-    std::string driver =
-        "#define DEFINE_SUBROUTINE\n#include \"f.c\"\n#include \"brisel_filt.c\"\n#include <stdio.h>\n";
-    driver += std::string("int main(void) {\n  static ") + c.element + " x[200] = {1}, y[200];\n  int i;\n  " + c.init +
-              "(&" + c.structure + ");\n  " + c.structure + ".filter(x, y, 200, &" + c.structure +
-              ");\n  for (i = 0; i < 200; i++) printf(\"%.17g\\n\", (double)y[i]);\n  return 0;\n}\n";
-    shop.write("driver.c", driver);
-    const std::string build = "cd '" + shop.path("") +
-                              "' && cc -std=c99 -Wall -Wextra -pedantic -Werror -I " BRISEL_SOURCE_DIR
-                              "/codegen/support driver.c -o driver 2> log && ./driver > out";
-    ASSERT_EQ(std::system(build.c_str()), 0) << c.options << shop.read("log");
-    std::istringstream out(shop.read("out"));
+    std::istringstream out(run_generated_c(shop, "cc", {c.init, c.structure, c.element}));
     std::size_t i = 0;
     for (double y; out >> y && i < impulse.size(); i++)
       ASSERT_NEAR(y, impulse[i], c.tolerance) << c.options << " " << i;
     EXPECT_EQ(i, std::min<std::size_t>(impulse.size(), 200)) << c.options;
-  }
-}
-
-TEST(Analyze, RefusesInOneLineAndLeavesNothing) {
-  const struct {
-    const char *command;
-    int status;
-    const char *said;
-  } cases[] = {
-      {"analyze none.inp", 1, "none.inp"},
-      {"analyze a.spc", 1, "a.spc:1:"},
-      {"analyze cut.inp --json x.json", 1, "cut.inp:"},
-      {"analyze cut.flt --json x.json", 1, "cut.flt:"},
-      {"analyze a.inp --mapping bilinear", 2, "--mapping"},
-      {"analyze a.inp --scaling one", 2, "--scaling"},
-      {"analyze a.inp --adsp218x x.dsp", 1, "IIR output requires fixed point quantization"},
-      {"analyze a.inp --quantize fixed --bits 12 --adsp218x x.dsp", 1, "The number of quantized bits must be 16"},
-      {"analyze a.inp --quantize fixed --dsp56800 x.h", 1, "IIR output requires canonic fixed point quantization"},
-      {"analyze a.inp --quantize fixed --dspic30 'a;b'", 1, "a;b"},
-      {"analyze a.inp --quantize fixed --dspic30 a.spc", 1, "a.spc"},
-      {"analyze a.inp --detail", 2, "--report"},
-      {"design a.spc --method iir --realization parallel --quantize fixed --adsp218x x.dsp", 1,
-       "Only cascaded 2nd order sections supported for IIR designs."},
-      {"design a.spc --method iir --c none/x.c", 1, "none/x.c"},
-  };
-  const Workshop shop;
-  shop.write("a.spc", example("lowpass.spc"));
-  shop.write("a.inp", example("biquads.inp"));
-  shop.write("cut.inp", example("biquads.inp").substr(0, 200));
-  ASSERT_EQ(shop.run("design a.spc --method window --flt cut.flt").status, 0);
-  shop.write("cut.flt", shop.read("cut.flt").substr(0, 900));
-  const auto before = shop.files();
-  for (const auto &c : cases) {
-    const Outcome ended = shop.run(c.command);
-    EXPECT_EQ(ended.status, c.status) << c.command << ended.err;
-    EXPECT_TRUE(ended.is_one_line()) << c.command << "\n" << ended.out << ended.err;
-    EXPECT_NE(ended.err.find(c.said), std::string::npos) << c.command << ended.err;
-    EXPECT_EQ(differing(before, shop.files()), Names{}) << c.command;
   }
 }
