@@ -222,6 +222,17 @@ void withdraw(const Pending &p) {
   ::unlink(p.temporary.c_str());
 }
 
+/// The files of a set on their way; all are withdrawn unless the set is complete, also when memory runs out.
+struct PendingFiles {
+  std::vector<Pending> files;
+  bool complete = false;
+
+  ~PendingFiles() {
+    if (!complete)
+      for (const Pending &p : files) withdraw(p);
+  }
+};
+
 /// Where a file of this name is or comes to be: links are followed, also one to a file that does not exist yet.
 std::string resolved(std::string path) {
   for (int links = 0; links < 40; links++) {
@@ -247,10 +258,11 @@ void FileSet::add_standard_output(std::string content) {
 }
 
 bool FileSet::commit(std::string &why) {
-  std::vector<Pending> pending;
+  PendingFiles set;
+  std::vector<Pending> &pending = set.files;
+  pending.reserve(files.size());
   const auto give_up = [&](std::string reason) {
     why = std::move(reason);
-    for (const Pending &p : pending) withdraw(p);
     return false;
   };
 
@@ -260,7 +272,7 @@ bool FileSet::commit(std::string &why) {
       through.push_back(&file);
       continue;
     }
-    const std::string target = resolved(file.path);
+    std::string target = resolved(file.path);
     struct stat information;
     const bool exists = ::stat(target.c_str(), &information) == 0;
     if (!exists && errno != ENOENT) return give_up(system_error(file.path, "cannot be written"));
@@ -276,10 +288,12 @@ bool FileSet::commit(std::string &why) {
     std::string name = target + ".XXXXXX";
     const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0) return give_up(system_error(file.path, "cannot be written"));
-    pending.push_back({name, target, exists});
+    pending.push_back({std::move(name), std::move(target), exists});
     const bool same_mode = ::fchmod(descriptor, exists ? information.st_mode & 07777 : default_mode()) == 0;
-    if (!write_and_close(descriptor, same_mode ? std::string_view(file.content) : std::string_view()) || !same_mode)
-      return give_up(system_error(file.path, "cannot be written"));
+    const int mode_error = errno;
+    if (!write_and_close(descriptor, file.content)) return give_up(system_error(file.path, "cannot be written"));
+    errno = mode_error;
+    if (!same_mode) return give_up(system_error(file.path, "cannot be given its permissions"));
   }
   // Nothing but standard output and devices can fail from here on without being undone, so they come last.
   for (Pending &p : pending)
@@ -291,6 +305,7 @@ bool FileSet::commit(std::string &why) {
     if (descriptor < 0 || !write_and_close(descriptor, file->content))
       return give_up(system_error(standard ? "standard output" : file->path, "cannot be written"));
   }
+  set.complete = true;
   for (const Pending &p : pending)
     if (p.exchanged) ::unlink(p.temporary.c_str());
   files.clear();
