@@ -15,6 +15,7 @@
 #include "engine/iir/form_notes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace brisel {
@@ -78,7 +79,7 @@ std::string complaint_text(const SystemComplaint &complaint) {
   }
 }
 
-// Gain of an entered FIR system with a largest magnitude of 1; `work` receives its taps.
+// Gain of an entered FIR system with a largest magnitude of 1 and its own sign; `work` receives its taps.
 double unity_gain(const FirEntry &entered, FirEntry &work) {
   fir_entry_unfold(entered, work);
   std::vector<double> taps(work.coeff.begin(), work.coeff.begin() + work.length);
@@ -89,7 +90,7 @@ double unity_gain(const FirEntry &entered, FirEntry &work) {
   centred_response(taps, grid, sums);
   double peak = 0;
   for (const auto &value : sums) peak = std::max(peak, std::abs(value));
-  return peak > 0 ? 1 / peak : 1;
+  return std::copysign(peak > 0 ? 1 / peak : 1, entered.gain);
 }
 
 void scale_all(IirForms &forms, double factor) {

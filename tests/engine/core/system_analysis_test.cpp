@@ -128,7 +128,7 @@ TEST(SystemAnalysis, SetsTheMaximumGainOfEveryKindOfSystem) {
                     rate = "SAMPLING FREQUENCY           8.00000e+03 HERTZ\n";
   const std::string systems[] = {
       z + "SYMMETRIC FIR FILTER\n" + rate + "NUMBER OF TAPS     3 GAIN=  2.000000000e+00\nH(   0) =  1\nH(   1) =  5\n",
-      z + "ANTISYMMETRIC FIR FILTER\n" + rate + "NUMBER OF TAPS     2 GAIN=  2.000000000e+00\n-H(   0) = 3\n",
+      z + "ANTISYMMETRIC FIR FILTER\n" + rate + "NUMBER OF TAPS     2 GAIN= -2.000000000e+00\n-H(   0) = 3\n",
       z + "LATTICE FIR FILTER\n" + rate + "NUMBER OF TAPS     1 GAIN=  1.000000000e+00\nH(   0) =  0.5\n",
       s + "PRODUCT OF 2ND ORDER SECTIONS\n" + rate +
           "INITIAL GAIN  3.00000000e+00\nNUMBER OF SECTIONS   1\n\n0 0 1000\n\n0 1 500\n",
@@ -142,6 +142,9 @@ TEST(SystemAnalysis, SetsTheMaximumGainOfEveryKindOfSystem) {
     const auto &magnitude = plot_arrays.magnitude;
     EXPECT_NEAR(*std::max_element(magnitude.begin(), magnitude.begin() + plot_arrays.frequency_count), 1, 1e-12)
         << system;
+    if (is_fir_result()) {
+      EXPECT_EQ(design_record.fir.gain < 0, system.find("GAIN= -") != system.npos) << system;
+    }
   }
 }
 

@@ -509,7 +509,7 @@ TEST_F(SystemPagesTest, RowsAreAddedDeletedAndPastedAndTheCountsFollow) {
 }
 
 TEST_F(SystemPagesTest, EveryPageHasItsHelp) {
-  const auto help = [this](QDialog &dialog) {
+  const auto help = [](QDialog &dialog) {
     click(dialog, "pHelp_Button");
     bool shown = false;
     for (QDialog *child : dialog.findChildren<QDialog *>()) {
