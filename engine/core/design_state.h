@@ -28,10 +28,10 @@ struct DesignState {
   std::uint8_t CompensationDifferentialDelay;
   std::uint8_t CompensationRateChange;
   std::uint8_t CompensationNumberOfStages;
-  std::uint8_t GainOption; // FirScaling
+  std::uint8_t GainOption;       // FirScaling
   std::uint8_t MinimumPhaseType; // MinimumPhaseType
-  std::int8_t analog_type; // AnalogPrototype
-  std::uint8_t symmetry;   // FirSymmetry of the optimal FIR methods
+  std::int8_t analog_type;       // AnalogPrototype
+  std::uint8_t symmetry;         // FirSymmetry of the optimal FIR methods
   std::int8_t z_input_option;
   std::int8_t s_input_option;
   std::uint8_t SDomainAnalysisRealizationMethod; // ZTransform; 3 computes the analog response only
