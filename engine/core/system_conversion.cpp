@@ -95,15 +95,16 @@ ConversionOutcome finished(std::unique_ptr<Conversion> made) {
                                   dropped_delay, dropped_delay == 1 ? "" : "s"));
   made->file_digits = file_digits(made->system);
   if (made->file_digits < 0)
-    made->notes.push_back(
-        "A system analysis file cannot hold this form: leading coefficients, orders below 2 of lattice "
-        "and ladders, or above 160 of a ratio do not come back from it.");
+    made->notes.push_back(why_no_file);
   else
     made->notes.push_back(digits_note("A system analysis file of it keeps", made->file_digits));
   return made;
 }
 
 } // namespace
+
+const char *const why_no_file = "A system analysis file cannot hold this form: leading coefficients, orders below 2 of "
+                                "lattice and ladders, or above 160 of a ratio do not come back from it.";
 
 SystemPointer current_iir_system(Domain domain) {
   if (!design_record.valid || is_fir_result()) return nullptr;
@@ -159,20 +160,33 @@ SystemPointer current_iir_result(Domain domain, InputOption option) {
   return exists ? std::move(system) : nullptr;
 }
 
-SystemPointer current_fir_system() {
-  if (!design_record.valid || !is_fir_result()) return nullptr;
-  const DesignState &selections = design_record.selections;
-  const bool entered = is_entered(Domain::z);
-  const FirEntry &fir = entered ? design_record.fir_unquantized : design_record.fir;
+namespace {
+
+SystemPointer fir_system(const FirEntry &fir, std::string name) {
   auto system = std::make_unique<ConvertibleSystem>();
-  system->name = entered ? "Entered system" : "FIR design";
-  if (!entered && design_record.quantization.quant)
-    system->name += formatf(", quantized to %d bits", design_record.quantization.ibit);
+  system->name = std::move(name);
   system->taps.assign(fir.coeff.begin(), fir.coeff.begin() + fir.length);
-  system->option = entered ? InputOption{selections.z_input_option} : entered_option(system->taps);
+  system->option = fir.fir_type == code(FirSymmetry::lattice) ? InputOption::lattice_fir : entered_option(system->taps);
   system->sample_rate = fir.sample_rate;
   system->gain = fir.gain;
   return system;
+}
+
+} // namespace
+
+SystemPointer current_fir_system() {
+  if (!design_record.valid || !is_fir_result()) return nullptr;
+  if (!is_entered(Domain::z)) return current_fir_result();
+  auto system = fir_system(design_record.fir_unquantized, "Entered system");
+  system->option = InputOption{design_record.selections.z_input_option};
+  return system;
+}
+
+SystemPointer current_fir_result() {
+  if (!design_record.valid || !is_fir_result()) return nullptr;
+  std::string name = is_entered(Domain::z) ? "Entered system" : "FIR design";
+  if (design_record.quantization.quant) name += formatf(", quantized to %d bits", design_record.quantization.ibit);
+  return fir_system(design_record.fir, std::move(name));
 }
 
 namespace {
@@ -309,11 +323,9 @@ ConversionOutcome convert_domain(const ConvertibleSystem &source, ZTransform met
   made->dropped_delay = mapped.dropped_delay;
   if (!mapped.stable)
     made->notes.push_back("The digital system is unstable: it has poles on or outside the unit circle.");
-  made->notes.push_back(
-      formatf("Up to half the sampling frequency its magnitude differs from the analog one by at most "
-              "%.3g of the analog peak, at %.6g %s.",
-              mapped.deviation, mapped.deviation_at * design_state.unit_factor_inverse,
-              design_state.FrequencyMode ? "rad/s" : "Hz"));
+  made->notes.push_back(formatf(
+      "Its magnitude differs from the analog one by at most %.3g of the analog peak, at %.6g %s.", mapped.deviation,
+      mapped.deviation_at * design_state.unit_factor_inverse, design_state.FrequencyMode ? "rad/s" : "Hz"));
   return finished(std::move(made));
 }
 

@@ -33,6 +33,8 @@ using SystemPointer = std::unique_ptr<ConvertibleSystem>;
 /// the domain or kind.
 SystemPointer current_iir_system(Domain domain);
 SystemPointer current_fir_system();
+/// The current FIR result as it runs.
+SystemPointer current_fir_result();
 /// The current IIR result as it runs, in `option`; in the s domain as above. Nothing when it has no such form.
 SystemPointer current_iir_result(Domain domain, InputOption option);
 /// A system analysis file, which becomes neither the current result nor an entered system. Nothing after `why`.
@@ -66,6 +68,8 @@ double file_digits(const ConvertibleSystem &system);
 /// Makes it the entered system of its option, which analyze_system() takes next.
 void enter_system(const ConvertibleSystem &system);
 
+/// Why a system that has a form is in no file of it, a sentence.
+extern const char *const why_no_file;
 /// Why a system has no form of the option, as the end of "there is no such form: ".
 const char *why_no_form(Domain domain, InputOption option);
 

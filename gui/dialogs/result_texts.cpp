@@ -9,13 +9,12 @@ namespace brisel {
 namespace {
 
 void append_sections(std::string &out, const char *title, const SectionEntry &s, bool analog) {
-  if (s.section_count == 0) return;
-  appendf(out, "%s, gain %.15e\n", title, s.gain);
+  appendf(out, "%s, gain %.16e\n", title, s.gain);
   const char *powers = analog ? "s^2, s, 1" : "1, z^-1, z^-2";
   for (int i = 0; i < s.section_count; i++) {
     const auto at = static_cast<std::size_t>(i);
     for (const auto &[name, triple] : {std::pair{"numerator  ", s.numerators[at]}, {"denominator", s.denominators[at]}})
-      appendf(out, "  %3d %s (%s) % .15e % .15e % .15e\n", i + 1, name, powers, triple[0], triple[1], triple[2]);
+      appendf(out, "  %3d %s (%s) % .16e % .16e % .16e\n", i + 1, name, powers, triple[0], triple[1], triple[2]);
     if (s.shift[at]) appendf(out, "      stored divided by 2^%d\n", s.shift[at]);
   }
   out += "\n";
@@ -23,12 +22,11 @@ void append_sections(std::string &out, const char *title, const SectionEntry &s,
 
 void append_polynomial(std::string &out, const char *name, std::span<const double> values) {
   appendf(out, "  %s\n", name);
-  for (const double value : values) appendf(out, "    % .15e\n", value);
+  for (const double value : values) appendf(out, "    % .16e\n", value);
 }
 
 void append_ratio(std::string &out, const RatioEntry &ratio, bool analog) {
-  if (ratio.denominator_order <= 0) return;
-  appendf(out, "Ratio of Two Polynomials (%s), gain %.15e\n", analog ? "descending powers of s" : "1, z^-1, ...",
+  appendf(out, "Ratio of Two Polynomials (%s), gain %.16e\n", analog ? "descending powers of s" : "1, z^-1, ...",
           ratio.gain);
   append_polynomial(out, "numerator", std::span(ratio.numerator).first(std::size_t(ratio.numerator_order) + 1));
   append_polynomial(out, "denominator", std::span(ratio.denominator).first(std::size_t(ratio.denominator_order) + 1));
@@ -37,7 +35,7 @@ void append_ratio(std::string &out, const RatioEntry &ratio, bool analog) {
 
 void append_places(std::string &out, const char *name, std::span<const std::complex<double>> places) {
   if (!places.empty()) appendf(out, "%s\n", name);
-  for (const auto &place : places) appendf(out, "  % .15e % .15e i\n", place.real(), place.imag());
+  for (const auto &place : places) appendf(out, "  % .16e % .16e i\n", place.real(), place.imag());
 }
 
 std::string in_unit(const DesignRecord &r, double frequency) {
@@ -53,13 +51,75 @@ std::string iir_data_text(const DesignRecord &r, IirView view) {
                           : view == IirView::unquantized_z  ? r.z
                                                             : r.z_quantized;
   std::string out;
-  append_sections(out, "Cascaded Second Order Sections", forms.cascade, analog);
-  append_sections(out, "Sum of Second Order Sections", forms.parallel, analog);
-  append_ratio(out, forms.ratio, analog);
+  if (forms.cascade.section_count > 0) append_sections(out, "Cascaded Second Order Sections", forms.cascade, analog);
+  if (forms.parallel.section_count > 0) append_sections(out, "Sum of Second Order Sections", forms.parallel, analog);
+  if (forms.ratio.denominator_order > 0) append_ratio(out, forms.ratio, analog);
   const PoleZeroEntry &pz = forms.pole_zero;
   append_places(out, "Zeros", std::span(pz.zeros).first(std::size_t(pz.real_zeros + pz.complex_zeros)));
   append_places(out, "Poles", std::span(pz.poles).first(std::size_t(pz.real_poles + pz.complex_poles)));
   return out.empty() ? "This design has no such data.\n" : out;
+}
+
+namespace {
+
+void append_list(std::string &out, const char *name, int first, std::span<const double> values) {
+  for (std::size_t i = 0; i < values.size(); i++)
+    appendf(out, "  %s %4d  % .16e\n", name, first + static_cast<int>(i), values[i]);
+}
+
+void append_system(std::string &out, const ConvertibleSystem &system) {
+  const bool analog = system.domain == Domain::s;
+  const IirForms &iir = system.iir;
+  switch (system.option) {
+  case InputOption::ratio:
+    return append_ratio(out, iir.ratio, analog);
+  case InputOption::pole_zero: {
+    const PoleZeroEntry &pz = iir.pole_zero;
+    appendf(out, "Gain %.16e\n", pz.gain);
+    append_places(out, "Zeros", std::span(pz.zeros).first(std::size_t(pz.real_zeros + pz.complex_zeros)));
+    append_places(out, "Poles", std::span(pz.poles).first(std::size_t(pz.real_poles + pz.complex_poles)));
+    return;
+  }
+  case InputOption::product:
+    return append_sections(out, "Product of sections", iir.cascade, analog);
+  case InputOption::sum:
+    return append_sections(out, "Sum of sections, the gain being the direct term", iir.parallel, analog);
+  case InputOption::lattice: {
+    const LatticeEntry &lattice = iir.lattice;
+    appendf(out, "Gain %.16e\n", lattice.gain);
+    append_list(out, "gamma", 0, std::span(lattice.gamma).first(std::size_t(lattice.order + lattice.lead + 1)));
+    append_list(out, "kappa", 1, std::span(lattice.kappa).subspan(1, std::size_t(lattice.order)));
+    return;
+  }
+  case InputOption::ladder_1:
+  case InputOption::ladder_2: {
+    const LadderEntry &ladder = system.option == InputOption::ladder_1 ? iir.ladder_1 : iir.ladder_2;
+    appendf(out, "Gain %.16e\nLeading coefficients: %d\n", ladder.gain, ladder.lead);
+    append_list(out, "alpha", 0, std::span(ladder.alpha).first(std::size_t(ladder.alpha_count)));
+    return;
+  }
+  default:
+    appendf(out, "Gain %.16e\n", system.gain);
+    const bool lattice = system.option == InputOption::lattice_fir;
+    append_list(out, lattice ? "k" : "tap", lattice ? 1 : 0, system.taps);
+  }
+}
+
+} // namespace
+
+std::string conversion_text(const Conversion &conversion) {
+  const ConvertibleSystem &system = conversion.system;
+  const bool radians = design_state.FrequencyMode != 0;
+  std::string out;
+  appendf(out, "%s, %s domain\nSampling frequency %.10g %s\n\n",
+          input_options[static_cast<std::size_t>(code(system.option))].name.data(),
+          system.domain == Domain::s ? "s" : "z", system.sample_rate * (radians ? 1 : inverse_two_pi),
+          radians ? "rad/s" : "Hz");
+  appendf(out, "The conversion keeps %d digits of the response.\n", static_cast<int>(conversion.digits));
+  for (const std::string &note : conversion.notes) out += note + "\n";
+  out += "\n";
+  append_system(out, system);
+  return out;
 }
 
 std::string quantization_analysis_text(const DesignRecord &r) {
@@ -90,10 +150,10 @@ std::string quantization_analysis_text(const DesignRecord &r) {
 
 std::string fir_coefficients_text(const DesignRecord &r) {
   std::string out;
-  appendf(out, "Filter length %d, gain %.15e\n\n   n   before quantization      %s\n", r.fir.length, r.fir.gain,
+  appendf(out, "Filter length %d, gain %.16e\n\n   n   before quantization      %s\n", r.fir.length, r.fir.gain,
           r.quantization.quant ? "after quantization" : "(not quantized)");
   for (std::size_t i = 0; i < static_cast<std::size_t>(r.fir.length); i++)
-    appendf(out, "%5zu  % .15e  % .15e\n", i, r.fir_unquantized.coeff[i], r.fir.coeff[i]);
+    appendf(out, "%5zu  % .16e  % .16e\n", i, r.fir_unquantized.coeff[i], r.fir.coeff[i]);
   return out;
 }
 

@@ -5,6 +5,7 @@
 #include "codegen/data_files.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/start_up.h"
+#include "engine/core/system_conversion.h"
 #include "gui/main_window/command_table.h"
 #include "gui/main_window/file_dialogs.h"
 #include "gui/main_window/gui_front_end.h"
@@ -167,6 +168,11 @@ private:
   /// The checks of the generators for DSPs, told with `caption`; true when the design suits.
   bool suits_dsp(const QString &caption, bool canonic_only);
   void write_dsp_code(FileCommand command, const QString &caption, bool canonic_only);
+  /// Asks for a name and saves a system, unless the file would not hold it.
+  void write_system(const ConvertibleSystem &system);
+  void write_all_forms(Domain domain);
+  /// Asks for the form of the IIR result and writes it.
+  void write_iir_form();
   void add_dataset_button(TextViewDialog &dialog);
   /// Asks for a name and saves a text of numbers; a refusal is told instead.
   void save_numbers(FileCommand command, const DataText &text);

@@ -103,26 +103,6 @@ void cBriselApp::Analysis_SDomain() {
   if (enter_system(Domain::s, chosen <= InputOption::sum ? chosen : InputOption::ratio, this)) start_analysis();
 }
 
-void cBriselApp::Analysis_IIRFilterOutput() {
-  post_message(Message::command_not_available);
-}
-
-void cBriselApp::Analysis_FIRFilterOutput() {
-  post_message(Message::command_not_available);
-}
-
-void cBriselApp::Analysis_IIRFormConversion() {
-  post_message(Message::command_not_available);
-}
-
-void cBriselApp::Analysis_FIRFormConversion() {
-  post_message(Message::command_not_available);
-}
-
-void cBriselApp::Analysis_DomainConversion() {
-  post_message(Message::command_not_available);
-}
-
 void cBriselApp::Toolbar_FIRWindow() {
   Design_FIR(1);
 }

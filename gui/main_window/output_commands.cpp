@@ -51,6 +51,7 @@ void cBriselApp::Output_CreateFilterCoefficientFile() {
 
 void cBriselApp::Output_CreateSystemAnalysisFile() {
   if (!needs_result()) return;
+  if (is_iir_design()) return write_iir_form();
   const auto text = format_current_system_file();
   if (!text) return; // told by the engine
   const QString path = files.save(this, FileCommand::create_system);

@@ -134,7 +134,7 @@ TEST_F(OptionDialogsTest, ViewsShowTheNumbersOfTheDesign) {
   for (int view = 0; view < 4; view++) {
     window->View_IirData(view + 3); // positions in the menu
     const Triple &first = sets[view]->cascade.denominators[0];
-    EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .15e % .15e % .15e", first[0], first[1], first[2]))))
+    EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .16e % .16e % .16e", first[0], first[1], first[2]))))
         << view;
     EXPECT_EQ(QApplication::clipboard()->text(), text);
   }
@@ -152,7 +152,7 @@ TEST_F(OptionDialogsTest, ViewsShowTheNumbersOfTheDesign) {
   window->View_FIRCoefficients();
   EXPECT_EQ(text.count('\n'), design_record.fir.length + 3);
   for (const double tap : {design_record.fir.coeff[0], design_record.fir_unquantized.coeff[7]})
-    EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .15e", tap))));
+    EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .16e", tap))));
 }
 
 TEST_F(OptionDialogsTest, SystemsAreLoadedAnalysedAndSavedAgain) {
