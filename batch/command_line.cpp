@@ -6,6 +6,7 @@
 #include "engine/core/code_tables.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/compensation.h"
+#include "engine/iir/allpass_delay.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +26,9 @@ struct Number {
   std::optional<int> Job::*place;
   int low, high;
 };
+struct Positive { // any number above zero
+  std::optional<double> Job::*place;
+};
 struct Choice {
   std::optional<int> Job::*place;
   Names (*names)(); // the index is the code; an empty name is not offered
@@ -41,7 +45,7 @@ struct OutputPath {
 struct Switch {
   bool Job::*place;
 };
-using Value = std::variant<Number, Choice, FrequencyRange, Frequency, OutputPath, Switch>;
+using Value = std::variant<Number, Positive, Choice, FrequencyRange, Frequency, OutputPath, Switch>;
 
 template <class Table> Names options_of(const Table &table) {
   Names names;
@@ -63,6 +67,9 @@ Names optimal_symmetries() {
 }
 Names minimum_phases() {
   return options_of(minimum_phase_types);
+}
+Names delay_method_names() {
+  return options_of(delay_methods);
 }
 Names gains() {
   return options_of(gain_modes);
@@ -198,6 +205,18 @@ const std::vector<OptionRow> &option_rows() {
        "default: s-first"},
       {"--realization", "FORM", Choice{&Job::realization, realizations}, Group::design, for_design, with_iir,
        "form in which IIR filters run; default: cascade"},
+      {"--phase-equalizer", "N", Number{&Job::phase_equalizer, 1, max_delay_sections}, Group::design, for_design,
+       with_iir,
+       "all-pass sections behind an IIR filter that make its group delay constant in the passbands; default: none, or "
+       "with --delay-ripple as few as keep it"},
+      {"--delay-ripple", "SAMPLES", Positive{&Job::delay_ripple}, Group::design, for_design, with_iir,
+       "largest distance of the equalized delay from its middle, in samples; equalizes with as few sections as it "
+       "takes "
+       "unless --phase-equalizer says how many"},
+      {"--sections", "N", Number{&Job::delay_sections, 1, max_delay_sections}, Group::design, for_design, with_iir,
+       "all-pass sections of an arbitrary group delay filter; default: as few as keep the ripple of the specification"},
+      {"--delay-method", "METHOD", Choice{&Job::delay_method, delay_method_names}, Group::design, for_design, with_iir,
+       "what is made smallest by the sections of a phase equalizer or group delay filter; default: minimax"},
       {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_results,
        with_iir | with_digital | with_analog, "arithmetic of cascaded sections; default: transposed"},
       {"--quantize", "ARITHMETIC", Choice{&Job::quantize, quantizations}, Group::quantization, for_results, with_any,
@@ -293,6 +312,14 @@ int read_number(const OptionRow &row, const Number &number, const std::string &t
   return static_cast<int>(*value);
 }
 
+double read_positive(const OptionRow &row, const std::string &text) {
+  std::size_t used = 0;
+  const auto value = parse_number(text, &used);
+  if (!value || used != text.size()) refuse(row, quoted(text) + " is no number");
+  if (!(*value > 0)) refuse(row, quoted(text) + " is not above zero");
+  return *value;
+}
+
 int read_choice(const OptionRow &row, const Choice &choice, const std::string &text) {
   const Names names = choice.names();
   const auto found = std::find(names.begin(), names.end(), text);
@@ -335,6 +362,7 @@ std::string read_path(const OptionRow &row, const std::string &text) {
 
 void take(const OptionRow &row, const std::string &text, Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) job.*number->place = read_number(row, *number, text);
+  if (const auto *number = std::get_if<Positive>(&row.value)) job.*number->place = read_positive(row, text);
   if (const auto *choice = std::get_if<Choice>(&row.value)) job.*choice->place = read_choice(row, *choice, text);
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) job.*range->place = read_range(row, text);
   if (const auto *frequency = std::get_if<Frequency>(&row.value)) job.*frequency->place = read_frequency(row, text);
@@ -343,6 +371,7 @@ void take(const OptionRow &row, const std::string &text, Job &job) {
 
 bool given(const OptionRow &row, const Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) return (job.*number->place).has_value();
+  if (const auto *number = std::get_if<Positive>(&row.value)) return (job.*number->place).has_value();
   if (const auto *choice = std::get_if<Choice>(&row.value)) return (job.*choice->place).has_value();
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) return (job.*range->place).has_value();
   if (const auto *frequency = std::get_if<Frequency>(&row.value)) return (job.*frequency->place).has_value();

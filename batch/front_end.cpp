@@ -20,6 +20,13 @@ PageResult BatchFrontEnd::run_page(Page page) {
     if (job.prototype) design_state.analog_type = static_cast<std::int8_t>(*job.prototype);
     design_state.order = static_cast<std::int16_t>(job.order.value_or(0));
     break;
+  case Page::phase_equalization:
+    design_state.delay_sections = static_cast<std::int16_t>(job.phase_equalizer.value_or(0));
+    design_state.delay_ripple = job.delay_ripple.value_or(0);
+    break;
+  case Page::group_delay:
+    design_state.delay_sections = static_cast<std::int16_t>(job.delay_sections.value_or(job.order.value_or(0) / 2));
+    break;
   default:
     break;
   }

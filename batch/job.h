@@ -28,6 +28,8 @@ struct Job {
   std::optional<int> method, length, window, symmetry, minimum_phase, gain;
   std::optional<int> prototype, order, mapping, impulse_path, realization, structure;
   std::optional<int> compensation, rate_change, differential_delay, stages;
+  std::optional<int> phase_equalizer, delay_sections, delay_method;
+  std::optional<double> delay_ripple; // samples
   std::optional<int> quantize, bits, scaling;
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file

@@ -14,6 +14,7 @@
 #include "engine/files/system_file.h"
 #include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"
+#include "engine/iir/allpass_delay.h"
 #include "engine/iir/order_estimate.h"
 #include "engine/iir/prewarp.h"
 #include "engine/iir/selectivity.h"
@@ -90,6 +91,36 @@ void choose_fir(const Job &job) {
   if (job.gain) design_state.gain_specification_mode = static_cast<std::uint8_t>(*job.gain);
 }
 
+[[noreturn]] void refuse_for_type(const char *option) {
+  throw JobFailure(exit_usage, formatf("%s: has no meaning for a filter of type %s", option,
+                                       std::string(filter_types[design_state.filter_type].file_name).c_str()));
+}
+
+// Phase equalizers and group delay filters.
+void choose_delay(const Job &job) {
+  const bool group_delay = design_state.filter_type == code(FilterType::arbitrary_group_delay);
+  const bool equalized = job.phase_equalizer || job.delay_ripple;
+  if (job.delay_method) design_state.GroupDelayDesignMethod = static_cast<std::uint8_t>(*job.delay_method);
+  if (!group_delay) {
+    if (job.delay_sections) refuse_for_type("--sections");
+    if (job.delay_method && !equalized) throw JobFailure(exit_usage, "--delay-method: needs --phase-equalizer");
+    design_state.PhaseEqualizationOption = equalized;
+    return;
+  }
+  for (const auto &[option, given] :
+       std::array<std::pair<const char *, bool>, 5>{{{"--phase-equalizer", job.phase_equalizer.has_value()},
+                                                     {"--delay-ripple", job.delay_ripple.has_value()},
+                                                     {"--prototype", job.prototype.has_value()},
+                                                     {"--mapping", job.mapping.has_value()},
+                                                     {"--impulse-path", job.impulse_path.has_value()}}})
+    if (given) refuse_for_type(option);
+  if (!job.order) return;
+  if (job.delay_sections) throw JobFailure(exit_usage, "--sections: --order says how many there are");
+  if (*job.order % 2 != 0 || *job.order > 2 * max_delay_sections)
+    throw JobFailure(exit_usage, formatf("--order: %d is no even number up to %d, two for every all-pass section",
+                                         *job.order, 2 * max_delay_sections));
+}
+
 void choose_iir(const Job &job) {
   const FilterType type{design_state.filter_type};
   if (job.order.value_or(0) % 2 != 0 && (type == FilterType::band_pass || type == FilterType::band_stop))
@@ -144,6 +175,7 @@ void run_design(const Job &job, BatchFrontEnd &front_end) {
   choose_compensation(job);
   choose_fir(job);
   choose_iir(job);
+  choose_delay(job);
   design_filter();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the design run ended without a result"));
   write_results(job, front_end);

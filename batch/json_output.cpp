@@ -4,6 +4,7 @@
 #include "batch/units.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
+#include "engine/iir/delay_design.h"
 
 #include <nlohmann/json.hpp>
 
@@ -114,13 +115,26 @@ Json iir_json() {
   const bool analog_only = analog && mapping == static_cast<std::size_t>(code(ZTransform::s_domain_only));
   const IirForms &forms = analog_only ? design_record.s_unnormalized : design_record.z;
   Json out{{"order", forms.cascade.order}};
-  if (design) out["prototype"] = analog_prototypes[static_cast<std::size_t>(chosen.analog_type)].option;
-  if (design || analog) out["mapping"] = z_transforms[mapping].option;
+  const DelayResult &delay = design_record.delay;
+  const bool all_pass = design && chosen.filter_type == code(FilterType::arbitrary_group_delay);
+  const bool prototyped = design && !all_pass;
+  if (design && delay.sections > 0) {
+    out["delay"] =
+        Json{{"sections", delay.sections},
+             {"method",
+              delay_methods[std::min<std::size_t>(chosen.GroupDelayDesignMethod, delay_methods.size() - 1)].option},
+             {"ripple", delay_ripple(design_record.z_quantized.cascade)},
+             {"ripple_without", delay.before},
+             {"constant", delay.constant}};
+    if (delay.asked > 0) out["delay"]["asked"] = delay.asked;
+  }
+  if (prototyped) out["prototype"] = analog_prototypes[static_cast<std::size_t>(chosen.analog_type)].option;
+  if (prototyped || analog) out["mapping"] = z_transforms[mapping].option;
   if (!analog_only) out["realization"] = realization_forms[static_cast<std::size_t>(design_record.realization)].option;
-  if (design)
+  if (prototyped)
     out["analog"] = Json{{"passband_edge", coefficient(design_record.wp)},
                          {"normalized", cascade_json(design_record.s_normalized.cascade)}};
-  if (design || analog) out["analog"]["unnormalized"] = cascade_json(design_record.s_unnormalized.cascade);
+  if (prototyped || analog) out["analog"]["unnormalized"] = cascade_json(design_record.s_unnormalized.cascade);
   if (!analog_only) add_forms(design_record.z_quantized, out);
   return out;
 }

@@ -8,6 +8,7 @@
 #include "engine/core/design_state.h"
 #include "engine/core/problem_description.h"
 #include "engine/files/text_file.h"
+#include "engine/iir/delay_design.h"
 
 #include <algorithm>
 #include <vector>
@@ -107,8 +108,11 @@ std::string fir_heading() {
 
 std::string iir_heading() {
   const DesignState &chosen = design_record.selections;
-  std::string out = ", " + name_of(analog_prototypes[static_cast<std::size_t>(chosen.analog_type)]) + ", " +
-                    name_of(z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)]);
+  const bool all_pass = chosen.filter_type == code(FilterType::arbitrary_group_delay);
+  std::string out = all_pass ? std::string(", all-pass sections")
+                             : ", " + name_of(analog_prototypes[static_cast<std::size_t>(chosen.analog_type)]) + ", " +
+                                   name_of(z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)]);
+  if (!all_pass && design_record.delay.sections > 0) out += ", phase equalizer";
   const auto report_code = realization_forms[static_cast<std::size_t>(design_record.realization)].report_code;
   return out + formatf("\nOrder %d, %s, ", design_record.z.cascade.order,
                        std::string(realization_names[static_cast<std::size_t>(report_code)]).c_str());
@@ -170,7 +174,8 @@ std::string attained_table() {
       make_compensation(chosen.CompensationOption != 0, chosen.CompensationType, chosen.CompensationRateChange,
                         chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages);
   const std::vector<Requirement> wanted = requirements(design_record.spec, compensation.value_or(Compensation{}));
-  if (wanted.empty()) return "";
+  const DelayResult &delay = design_record.delay;
+  if (wanted.empty() && delay.sections == 0) return "";
   const bool fir = is_fir_result(), quantized = design_record.quantization.quant != 0;
   const std::vector<double> exact =
       attained(wanted, fir ? sampler_of(design_record.fir_unquantized) : sampler_of(design_record.z));
@@ -185,6 +190,15 @@ std::string attained_table() {
     columns[2].push_back(figure(wanted[i].measure, exact[i]));
     if (quantized) columns[3].push_back(figure(wanted[i].measure, rounded[i]));
     columns.back().push_back(missed(wanted[i], rounded[i]) ? "missed" : "");
+  }
+  if (delay.sections > 0) {
+    const auto samples = [](double value) { return formatf("%.4g samples", value); };
+    const double rounded_delay = delay_ripple(design_record.z_quantized.cascade);
+    columns[0].push_back("delay ripple");
+    columns[1].push_back(delay.asked > 0 ? samples(delay.asked) : "");
+    columns[2].push_back(samples(delay_ripple(design_record.z.cascade)));
+    if (quantized) columns[3].push_back(samples(rounded_delay));
+    columns.back().push_back(delay.asked > 0 && rounded_delay > delay.asked * (1 + 5e-4) ? "missed" : "");
   }
   return table(columns);
 }

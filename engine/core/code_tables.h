@@ -147,6 +147,15 @@ inline constexpr std::array minimum_phase_types{
     NameRow{"Spectral factor", "spectral"},
 };
 
+/// How the sections of a phase equalizer or a group delay filter are found.
+enum class DelayMethod : std::uint8_t { least_squares, least_p, minimax };
+inline constexpr std::array delay_methods{
+    NameRow{"Least Squares", "least-squares"},
+    NameRow{"Least p-th", "least-p"},
+    NameRow{"Minimax", "minimax"},
+};
+inline constexpr int max_delay_norm = 64; // p of the second
+
 /// Gain specification mode of FIR designs. It has nothing to do with FirScaling, which fits fixed-point taps to their
 /// words and makes up for it in the gain.
 enum class GainMode : std::uint8_t { nominal, maximum };

@@ -12,6 +12,7 @@
 #include "engine/fir/ls_fir_design.h"
 #include "engine/fir/minimum_phase_design.h"
 #include "engine/fir/window_design.h"
+#include "engine/iir/delay_design.h"
 #include "engine/iir/design_iir_sections.h"
 #include "engine/iir/iir_quantize.h"
 
@@ -75,14 +76,19 @@ struct Refusal {
 };
 // What was asked for beside the specification and cannot be done, found before any work is.
 std::optional<Refusal> refused_option() {
-  if (is_group_delay_design()) return Refusal{Message::group_delay_not_available, ""};
+  if (is_group_delay_design()) {
+    if (const auto reason = group_delay_refusal(*current_spec, design_state))
+      return Refusal{Message::group_delay_refused, *reason};
+    return std::nullopt;
+  }
   if (is_fir_method(design_state.DesignOrAnalysisType)) {
     if (const auto reason = minimum_phase_refusal(*current_spec, design_state))
       return Refusal{Message::minimum_phase_refused, *reason};
     return std::nullopt;
   }
   if (design_state.CompensationOption) return Refusal{Message::iir_compensation_not_available, ""};
-  if (design_state.PhaseEqualizationOption) return Refusal{Message::phase_equalizer_not_available, ""};
+  if (!design_state.PhaseEqualizationOption) return std::nullopt;
+  if (const auto reason = equalizer_refusal(design_state)) return Refusal{Message::phase_equalizer_refused, *reason};
   return std::nullopt;
 }
 
@@ -103,7 +109,7 @@ void design_by_method(DesignRecord &r) {
   switch (DesignMethod{r.selections.DesignOrAnalysisType}) {
   case DesignMethod::iir:
     r.realization = r.selections.RealizationType;
-    r.valid = design_iir_sections();
+    r.valid = is_group_delay_design() ? design_group_delay_filter() : design_iir_sections();
     break;
   case DesignMethod::window:
     r.valid = fir_window_design(r.spec, r.fir_designed);
@@ -212,7 +218,7 @@ bool GetOptionalFilterCompensationData() {
 bool GetOptionalPhaseEqualizationData() {
   trace(" entering GetOptionalPhaseEqualizationData\n");
   return !design_state.PhaseEqualizationOption || is_fir_method(design_state.DesignOrAnalysisType) ||
-         asked(Page::phase_equalization);
+         is_group_delay_design() || asked(Page::phase_equalization);
 }
 
 void design_filter() {
@@ -255,6 +261,7 @@ void begin_record(double sampling_frequency) {
   r.valid = 0;
   status = 0;
   design_notes.clear();
+  r.delay = {};
   r.loaded = *current_spec;
   r.loaded.sampling_frequency = sampling_frequency;
   r.loaded.sampling_period = two_pi / sampling_frequency;

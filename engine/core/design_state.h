@@ -22,7 +22,7 @@ struct DesignState {
   std::int8_t RealizationType;             // RealizationForm
   std::uint8_t PhaseEqualizationOption;
   std::uint8_t gain_specification_mode; // GainMode
-  std::uint8_t GroupDelayDesignMethod;
+  std::uint8_t GroupDelayDesignMethod;  // DelayMethod
   std::uint8_t CompensationOption;
   std::uint8_t CompensationType; // 0 sin(x)/x, 1 comb
   std::uint8_t CompensationDifferentialDelay;
@@ -50,9 +50,11 @@ struct DesignState {
   double unit_factor; // user's frequency unit -> radians per second
   double unit_factor_inverse;
   // Filled by the method page of a run.
-  std::int16_t order;      // IIR order, 0 = the prototype's estimate
-  std::int16_t rolloff_db; // stopband rolloff of the optimal FIR methods, dB per octave
-  double transition_width; // radians per second, for types that have no transition of their own
+  std::int16_t order;          // IIR order, 0 = the prototype's estimate
+  std::int16_t delay_sections; // of phase equalizer or group delay filter, 0 = as few as keep the ripple
+  double delay_ripple;         // of the equalized passbands, samples; 0 = none is asked for
+  std::int16_t rolloff_db;     // stopband rolloff of the optimal FIR methods, dB per octave
+  double transition_width;     // radians per second, for types that have no transition of their own
   // Filled by the last page of an analog system.
   double prewarp_frequency; // radians per second, 0 = none
 };
@@ -102,7 +104,8 @@ struct WorkplaceSettings {
   std::int32_t pos_x, pos_y, pos_w, pos_h; // main window
   std::int32_t show_dt, bell, fas;
   std::int32_t hk_src, hk_gain, hk_attn, soni_in, soni_out, soni_lgain, soni_rgain, soni_lattn, soni_rattn;
-  std::int32_t lpnorm, dispage, print_file, paper_lay, ps_type;
+  std::int32_t lpnorm; // p of DelayMethod::least_p, 0 = its start value
+  std::int32_t dispage, print_file, paper_lay, ps_type;
   std::int32_t pp_width, pp_height, ppm_left, ppm_right, ppm_top, ppm_bottom, pp_eps, pp_value;
 };
 struct WorkplaceNames {
@@ -123,6 +126,15 @@ struct SystemEntries {
   LadderEntry ladder_2;
   LatticeEntry lattice;
   std::array<FirEntry, 4> fir; // z domain only: options 7 to 10
+};
+
+/// What the all-pass sections of a design attain; delays in samples.
+struct DelayResult {
+  std::int32_t sections; // 0: the design has none
+  double asked;          // largest distance from the delay wanted, 0: none was asked for
+  double before;         // the same without the sections
+  double attained;
+  double constant; // mean of the largest and the smallest: delay of an equalized filter, or above the function points
 };
 
 /// Everything that belongs to one design or analysis. Its specification copies have the run's frequencies: `loaded` as
@@ -146,6 +158,7 @@ struct DesignRecord {
   IirForms z;                // before quantization
   IirForms z_quantized;      // scaled and quantized: what analysis, files and generators use
   std::int8_t realization;   // RealizationForm
+  DelayResult delay;
   QuantizationResult noise;
 };
 static_assert(std::is_trivially_copyable_v<DesignRecord>);

@@ -34,10 +34,10 @@ namespace brisel {
   X(length_out_of_limits, 902)                                                                                         \
   X(order_out_of_limits, 903)                                                                                          \
   X(compensation_null, 904)                                                                                            \
-  X(phase_equalizer_not_available, 905)                                                                                \
+  X(phase_equalizer_refused, 905)                                                                                      \
   X(iir_compensation_not_available, 906)                                                                               \
   X(minimum_phase_refused, 907)                                                                                        \
-  X(group_delay_not_available, 908)                                                                                    \
+  X(group_delay_refused, 908)                                                                                          \
   X(write_failed, 909)                                                                                                 \
   X(cannot_read_file, 910)                                                                                             \
   X(setting_out_of_limits, 911)                                                                                        \

@@ -21,7 +21,9 @@ std::string problem_description(const DesignRecord &r) {
       out += ", " + text(z_transforms[r.selections.SDomainAnalysisRealizationMethod].name);
   } else {
     out = text(filter_types[r.selections.filter_type].dialog_name);
-    if (is_fir_method(method))
+    if (r.selections.filter_type == code(FilterType::arbitrary_group_delay))
+      out += ", all-pass sections";
+    else if (is_fir_method(method))
       out += ", " + text(design_methods[method].name);
     else
       out += ", " + text(analog_prototypes[r.selections.analog_type].name) + ", " +

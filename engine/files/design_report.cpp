@@ -162,7 +162,12 @@ std::string format_iir_report(const DesignRecord &r) {
   if (designed) appendf(out, "%sFILTER DESIGN METHOD:      %s\n", heading.c_str(), mapping.name.data());
   appendf(out, "%sFILTER REALIZATION METHOD: %s\n", heading.c_str(),
           realization_names[realization_forms[r.realization].report_code].data());
-  if (designed) {
+  if (designed && r.delay.sections > 0) {
+    const bool filter = r.selections.filter_type != code(FilterType::arbitrary_group_delay);
+    appendf(out, "%s%s%d ALL-PASS SECTIONS, DELAY RIPPLE %.6g SAMPLES\n", heading.c_str(),
+            filter ? "PHASE EQUALIZER:           " : "GROUP DELAY:               ", r.delay.sections, r.delay.attained);
+  }
+  if (designed && r.selections.filter_type != code(FilterType::arbitrary_group_delay)) {
     appendf(out, "%sANALOG FILTER TYPE:        %s\n", heading.c_str(),
             analog_prototypes[r.selections.analog_type].name.data());
     append_analog_functions(out, r);

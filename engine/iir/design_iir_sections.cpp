@@ -12,6 +12,7 @@
 #include "engine/iir/bessel_prototype.h"
 #include "engine/iir/bilinear_map.h"
 #include "engine/iir/cascade_gain.h"
+#include "engine/iir/delay_design.h"
 #include "engine/iir/digital_transform.h"
 #include "engine/iir/elliptic_prototype.h"
 #include "engine/iir/form_notes.h"
@@ -234,13 +235,11 @@ double analog_peak(const SectionEntry &analog) {
   return std::isfinite(peak) && peak > 0 ? peak : 1;
 }
 
-bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp) {
+// Every other form, from the one that was made, with notes about those that do not hold it.
+static bool complete_forms(RealizationForm source, AcceptPoles accepted) {
   DesignRecord &r = design_record;
-  const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
-  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method, prewarp))) return false;
-
+  const bool by_sum = source == RealizationForm::parallel, designed = accepted == AcceptPoles::inside_only;
   FormReport found{};
-  const RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
   if (!derive_forms(Domain::z, source, r.z, found) || found.cascade < 0) return refuse(Message::result_not_finite);
   const bool held = holds_in_double(r.z.cascade);
   const double digits = held && !by_sum ? digits_of_coefficients(r.z.cascade) : enough_digits;
@@ -266,6 +265,32 @@ bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &pre
   return true;
 }
 
+// The equalizer behind the filter's cascade, which is made of its partial fractions where these came first.
+static bool equalize(DesignRecord &r, RealizationForm &source) {
+  if (source == RealizationForm::parallel) {
+    int dropped_delay = 0;
+    if (!parallel_to_cascade(Domain::z, r.z.parallel, r.z.cascade, dropped_delay))
+      return refuse(Message::result_not_finite);
+    note_dropped_delay(dropped_delay);
+    source = RealizationForm::cascade;
+  }
+  return equalize_phase();
+}
+
+bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp) {
+  DesignRecord &r = design_record;
+  const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
+  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method, prewarp))) return false;
+  RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
+  if (designed && r.selections.PhaseEqualizationOption && !equalize(r, source)) return false;
+  return complete_forms(source, accepted);
+}
+
+bool design_group_delay_filter() {
+  design_record.selections.ZTransformMethod = code(ZTransform::bilinear);
+  return design_group_delay() && complete_forms(RealizationForm::cascade, AcceptPoles::inside_only);
+}
+
 bool design_iir_sections() {
   DesignRecord &r = design_record;
   const FilterSpec &spec = r.spec;
@@ -276,7 +301,6 @@ bool design_iir_sections() {
   for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z})
     forms->cascade.keep_gain = forms->parallel.keep_gain = 0;
   if (selections.CompensationOption) return refuse(Message::iir_compensation_not_available);
-  if (selections.PhaseEqualizationOption) return refuse(Message::phase_equalizer_not_available);
   if (selections.analog_type < 0 || selections.analog_type >= static_cast<int>(analog_prototypes.size()) ||
       selections.ZTransformMethod < 0 || method >= ZTransform::s_domain_only ||
       spec.type < code(FilterType::low_pass) || spec.type > code(FilterType::band_stop))

@@ -12,6 +12,10 @@ namespace brisel {
 /// a message, when the order or the selectivity is out of limits or the filter cannot be held in double precision.
 bool design_iir_sections();
 
+/// The same for a group delay specification: all-pass sections. Fills `z` and `delay`; the record's mapping becomes
+/// bilinear, and there is no analog filter.
+bool design_group_delay_filter();
+
 /// Where the poles of the digital filter may lie. A design is refused when rounding has moved one out of the unit
 /// circle; an entered system may be unstable.
 enum class AcceptPoles { inside_only, anywhere };
