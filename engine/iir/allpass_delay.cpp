@@ -416,6 +416,17 @@ DelayDesign finished(const Trial &trial, double ripple) {
   return out;
 }
 
+// The largest error, seen on a grid that no peak of the sections slips through.
+double measured(const DelayGoal &goal, const Trial &trial) {
+  DelayGoal closer = goal;
+  for (const Pair &pair : trial.pairs) {
+    const double phi = std::acos(std::clamp(std::cos(pair.phi), -1.0, 1.0)), g = std::exp(pair.log_g);
+    for (const double offset : {-3.0, -2.0, -1.0, -0.5, 0.0, 0.5, 1.0, 2.0, 3.0})
+      closer.corners.push_back(phi + offset * g);
+  }
+  return largest(extremes(closer, trial, make_grid(closer, 2000 + 200 * trial.pairs.size())));
+}
+
 double width_of(const DelayGoal &goal) {
   double width = 0;
   for (const FrequencyBand &band : goal.bands) width += band.high - band.low;
@@ -462,7 +473,7 @@ std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm no
     }
     if (!part(1)) return std::nullopt;
     kept++;
-    const DelayDesign found = finished(trial, largest(extremes(goal, trial, fine)));
+    const DelayDesign found = finished(trial, measured(goal, trial));
     const bool stable = std::all_of(found.sections.begin(), found.sections.end(), is_stable);
     if (stable && std::isfinite(found.ripple) && (!best || found.ripple < best->ripple)) best = found;
   }

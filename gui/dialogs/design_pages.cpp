@@ -1,6 +1,7 @@
 #include "gui/dialogs/design_pages.h"
 
 #include "engine/core/design_state.h"
+#include "gui/dialogs/delay_pages.h"
 #include "gui/dialogs/method_pages.h"
 #include "gui/dialogs/spec_pages.h"
 
@@ -71,9 +72,10 @@ PageResult run_design_page(Page page, QWidget *parent) {
     return run<cEqLpLsEstDialogImpl>(parent);
   case Page::compensation:
     return run<cCompSpecDialogImpl>(parent);
-  case Page::group_delay:        // there are no group delay designs and no phase equalizers: the run ends with the
-  case Page::phase_equalization: // message that says so
-    break;
+  case Page::group_delay:
+    return run<cArbGDOrderDialogImpl>(parent);
+  case Page::phase_equalization:
+    return run<cPhaseEQDialogImpl>(parent);
   }
   return PageResult::next;
 }

@@ -132,12 +132,12 @@ TEST(DesignRun, RefusesWhatIsImpossibleOrMissingBeforeItStarts) {
          design_state.CompensationOption = 1;
        },
        Message::iir_compensation_not_available},
-      {"phase equalizer",
+      {"phase equalizer without sections",
        [] {
          design_state.DesignOrAnalysisType = 0;
          design_state.PhaseEqualizationOption = 1;
        },
-       Message::phase_equalizer_not_available},
+       Message::phase_equalizer_refused},
   };
   for (const auto &row : rows) {
     Engine engine;
