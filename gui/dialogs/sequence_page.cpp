@@ -116,7 +116,8 @@ void SequencePage::mark(QWidget *field, const QString &reason) {
   if (!first && !label->text().isEmpty()) return;
   label->setTextFormat(Qt::PlainText);
   label->setText(reason);
-  label->setStyleSheet("color: #c02020");
+  const bool dark = label->palette().color(QPalette::Window).lightness() < 128;
+  label->setStyleSheet(dark ? "color: #ff9a90" : "color: #c02020");
 }
 
 std::optional<double> SequencePage::number_in(QLineEdit *edit) {
