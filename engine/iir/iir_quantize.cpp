@@ -1,8 +1,11 @@
 #include "engine/iir/iir_quantize.h"
 
+#include "engine/analysis/form_conversions.h"
+#include "engine/analysis/pole_zero_form.h"
 #include "engine/core/design_state.h"
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
+#include "engine/files/text_file.h"
 #include "engine/iir/cascade_gain.h"
 #include "engine/iir/form_notes.h"
 #include "engine/iir/iir_scaling.h"
@@ -97,6 +100,21 @@ double set_gain(IirForms &z, RealizationForm form) {
     break;
   }
   return 1 / peak;
+}
+
+// Kept: the gain is set on a grid of fixed step, so that a filter whose band lies between two of its points comes out
+// too loud. The user is told by how much; the response is largest near the angle of a pole.
+void note_missed_peak(const IirForms &z) {
+  constexpr double noticeable = 1.0116; // 0.1 dB
+  std::vector<std::complex<double>> places;
+  for (const auto &pole : std::span(z.pole_zero.poles).first(static_cast<std::size_t>(pole_count(z.pole_zero))))
+    places.push_back(std::polar(1.0, std::arg(pole)));
+  double peak = 0;
+  for (const auto &value : cascade_values(z.cascade, places)) peak = std::max(peak, std::abs(value));
+  if (peak > noticeable && std::isfinite(peak))
+    design_notes.push_back(formatf("The gain is set on %d frequencies, between which this filter has a larger one: it "
+                                   "reaches %.2f dB. Divide the gain by %.6g for a peak of 1.",
+                                   gain_grid_points, 20 * std::log10(peak), peak));
 }
 
 void scale_other_forms(IirForms &z, RealizationForm form, double factor) {
@@ -218,6 +236,7 @@ bool quantize_iir() {
     const double factor = set_gain(z, form);
     if (!std::isfinite(factor)) return refuse(Message::scaling_impossible);
     scale_other_forms(z, form, factor);
+    note_missed_peak(z);
   }
   with_form(z, form, [](const auto &entry) { dump(entry); });
 

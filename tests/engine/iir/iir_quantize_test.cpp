@@ -308,4 +308,15 @@ TEST_F(QuantizeIir, DigitsThatAFormLosesAreNoted) {
             design_notes.end());
 }
 
+// Half way between two points of the gain grid, 1e-5 inside the unit circle. The 43.9157 dB are SciPy's freqz at that
+// frequency over its largest value on the grid.
+TEST_F(QuantizeIir, APeakBetweenTheFrequenciesOfTheGainIsNoted) {
+  const double radius = 1 - 1e-5, angle = 0.2505 * std::numbers::pi;
+  r.quantization.quant = 0;
+  use(sections(1, {{{{1, 0, 0}, {1, -2 * radius * std::cos(angle), radius * radius}}}}));
+  ASSERT_TRUE(quantize_iir());
+  const auto told = [](const std::string &note) { return note.find("reaches 43.92 dB") != note.npos; };
+  EXPECT_TRUE(std::any_of(design_notes.begin(), design_notes.end(), told));
+}
+
 } // namespace brisel::test
