@@ -244,6 +244,22 @@ double largest(const std::vector<Extreme> &found) {
   return size;
 }
 
+struct Range {
+  double low, high;
+};
+// Smallest and largest error; of a curve without a turn between two places, those at the places. Not finite when one
+// of the errors is not.
+Range error_range(const DelayGoal &goal, const Trial &trial, const Grid &grid) {
+  const Vector e = errors(trial, grid);
+  if (!e.allFinite()) return {-HUGE_VAL, HUGE_VAL};
+  Range range{e.minCoeff(), e.maxCoeff()};
+  for (const Extreme &x : extremes(goal, trial, grid)) {
+    range.low = std::min(range.low, x.error);
+    range.high = std::max(range.high, x.error);
+  }
+  return range;
+}
+
 // The x that makes x[last] smallest under a x <= b, from an x strictly inside, by a primal-dual interior point method.
 // Nothing when the system is singular.
 std::optional<Vector> linear_program(const Matrix &a, const Vector &b, Vector x) {
@@ -416,15 +432,19 @@ DelayDesign finished(const Trial &trial, double ripple) {
   return out;
 }
 
-// The largest error, seen on a grid that no peak of the sections slips through.
-double measured(const DelayGoal &goal, const Trial &trial) {
+// Puts the constant into the middle of the range of the errors and returns half that range, seen on a grid that no peak
+// of the sections slips through.
+double centre(const DelayGoal &goal, Trial &trial) {
   DelayGoal closer = goal;
   for (const Pair &pair : trial.pairs) {
     const double phi = std::acos(std::clamp(std::cos(pair.phi), -1.0, 1.0)), g = std::exp(pair.log_g);
     for (const double offset : {-3.0, -2.0, -1.0, -0.5, 0.0, 0.5, 1.0, 2.0, 3.0})
       closer.corners.push_back(phi + offset * g);
   }
-  return largest(extremes(closer, trial, make_grid(closer, 2000 + 200 * trial.pairs.size())));
+  const Grid grid = make_grid(closer, 2000 + 200 * trial.pairs.size());
+  const auto [low, high] = error_range(closer, trial, grid);
+  trial.constant += (low + high) / 2;
+  return (high - low) / 2;
 }
 
 double width_of(const DelayGoal &goal) {
@@ -473,7 +493,8 @@ std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm no
     }
     if (!part(1)) return std::nullopt;
     kept++;
-    const DelayDesign found = finished(trial, measured(goal, trial));
+    const double ripple = centre(goal, trial);
+    const DelayDesign found = finished(trial, ripple);
     const bool stable = std::all_of(found.sections.begin(), found.sections.end(), is_stable);
     if (stable && std::isfinite(found.ripple) && (!best || found.ripple < best->ripple)) best = found;
   }
@@ -493,32 +514,40 @@ std::optional<DelayDesign> design_allpass_delay(const DelayGoal &goal, int count
   return design(goal, count, norm, p, progress);
 }
 
-std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double ripple, DelayNorm norm, int p,
-                                                   const Progress &progress) {
-  std::optional<DelayDesign> found;
-  for (int count = 1; count <= max_delay_sections; count++) {
-    const double done = static_cast<double>(count) / max_delay_sections;
-    found = design(goal, count, norm, p, [&](double) { return progress(done); });
-    if (!found || found->ripple <= ripple) break;
+std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double ripple, int most, DelayNorm norm,
+                                                   int p, const Progress &progress) {
+  int tried = 0;
+  const auto part = [&](double) { return progress(std::min(tried / 10.0, 0.99)); };
+  const auto attempt = [&](int count) {
+    tried++;
+    return design(goal, count, norm, p, part);
+  };
+  // Twice as many until they are enough, then the least between.
+  int too_few = 0, count = 1;
+  std::optional<DelayDesign> found = attempt(count);
+  while (found && found->ripple > ripple && count < most) {
+    too_few = count;
+    count = std::min(2 * count, most);
+    found = attempt(count);
+  }
+  if (!found || found->ripple > ripple) return found;
+  while (count - too_few > 1) {
+    const int middle = (too_few + count) / 2;
+    auto fewer = attempt(middle);
+    if (!fewer) return fewer;
+    if (fewer->ripple > ripple) {
+      too_few = middle;
+    } else {
+      count = middle;
+      found = std::move(fewer);
+    }
   }
   return found;
 }
 
 double unequalized_ripple(const DelayGoal &goal) {
-  const Grid grid = make_grid(goal, 4000);
-  // Extremes between the points, of the curve as the error of no sections at all about the middle of its range.
-  double low = HUGE_VAL, high = -HUGE_VAL;
-  for (const Place &x : grid.places) {
-    low = std::min(low, x.wanted);
-    high = std::max(high, x.wanted);
-  }
-  Trial none;
-  none.constant = -(low + high) / 2;
-  for (const Extreme &x : extremes(goal, none, grid)) {
-    low = std::min(low, -x.error - none.constant);
-    high = std::max(high, -x.error - none.constant);
-  }
-  return (high - low) / 2;
+  const Range range = error_range(goal, Trial{}, make_grid(goal, 4000));
+  return (range.high - range.low) / 2;
 }
 
 } // namespace brisel

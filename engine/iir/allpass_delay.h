@@ -36,7 +36,7 @@ double allpass_delay(const AllpassSection &section, double w);
 
 struct DelayDesign {
   std::vector<AllpassSection> sections; // by ascending pole angle
-  double constant;                      // the sections' delay is `wanted` plus this
+  double constant;                      // the sections' delay is `wanted` plus this: the middle of its errors
   double ripple;                        // largest distance from that in the bands
 };
 
@@ -46,9 +46,9 @@ struct DelayDesign {
 std::optional<DelayDesign> design_allpass_delay(const DelayGoal &goal, int count, DelayNorm norm, int p,
                                                 const Progress &progress);
 
-/// The same with as few sections as keep the ripple, up to max_delay_sections, which attain what they can.
-std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double ripple, DelayNorm norm, int p,
-                                                   const Progress &progress);
+/// The same with as few sections as keep the ripple (one less does not), up to `most`, which attain what they can.
+std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double ripple, int most, DelayNorm norm,
+                                                   int p, const Progress &progress);
 
 /// Largest distance of the wanted curve from the constant next to it, with no sections at all: half its range in the
 /// bands.

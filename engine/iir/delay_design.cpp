@@ -62,12 +62,12 @@ DelayGoal specified_delay(const FilterSpec &spec) {
           }};
 }
 
-std::optional<DelayDesign> solve(const DelayGoal &goal, double ripple) {
+std::optional<DelayDesign> solve(const DelayGoal &goal, double ripple, int most) {
   const DesignState &chosen = design_record.selections;
   const DelayNorm norm{std::min<int>(chosen.GroupDelayDesignMethod, code(DelayMethod::minimax))};
   const int p = workplace_settings.lpnorm >= 2 ? std::min(workplace_settings.lpnorm, max_delay_norm) : start_norm;
   return chosen.delay_sections > 0 ? design_allpass_delay(goal, chosen.delay_sections, norm, p, go_on)
-                                   : fewest_allpass_sections(goal, ripple, norm, p, go_on);
+                                   : fewest_allpass_sections(goal, ripple, most, norm, p, go_on);
 }
 
 void append_sections(const std::vector<AllpassSection> &sections, SectionEntry &cascade) {
@@ -82,19 +82,21 @@ void append_sections(const std::vector<AllpassSection> &sections, SectionEntry &
 // Solves, appends and tells; `subject` begins the note.
 bool append_solution(const DelayGoal &goal, double asked, Message failure, const char *subject) {
   DesignRecord &r = design_record;
-  const auto found = solve(goal, asked);
+  const int room = std::min(max_sections - r.z.cascade.section_count, (max_order - r.z.cascade.order) / 2);
+  const int least = std::max<int>(r.selections.delay_sections, 1), most = std::min(room, max_delay_sections);
+  if (room < least) {
+    post_message(failure, formatf("a filter of order %d leaves no room for %d all-pass section%s below the limit of "
+                                  "order %d",
+                                  r.z.cascade.order, least, least == 1 ? "" : "s", max_order));
+    return false;
+  }
+  const auto found = solve(goal, asked, most);
   if (stop_asked) return false;
   if (!found) {
     post_message(failure, "no all-pass sections were found for this delay");
     return false;
   }
   const int count = static_cast<int>(found->sections.size());
-  if (r.z.cascade.section_count + count > max_sections || r.z.cascade.order + 2 * count > max_order) {
-    post_message(failure, formatf("a filter of order %d leaves no room for %d all-pass sections below the limit of "
-                                  "order %d",
-                                  r.z.cascade.order, count, max_order));
-    return false;
-  }
   append_sections(found->sections, r.z.cascade);
   r.delay = {count, asked, unequalized_ripple(goal), found->ripple, found->constant};
   trace("\n %s %d sections, delay ripple %g samples, constant %g\n", subject, count, found->ripple, found->constant);
@@ -104,8 +106,8 @@ bool append_solution(const DelayGoal &goal, double asked, Message failure, const
               ? formatf("%.6g samples above the function points.", found->constant)
               : formatf("was %.4g without; %.6g samples in the middle.", r.delay.before, found->constant);
   if (asked > 0 && found->ripple > asked)
-    note += r.delay.sections < max_delay_sections ? " The ripple asked for is missed: more sections bring it closer."
-                                                  : " The ripple asked for is missed, and there are no more sections.";
+    note += count < most ? " The ripple asked for is missed: more sections bring it closer."
+                         : " The ripple asked for is missed, and there are no more sections.";
   design_notes.push_back(note);
   return true;
 }
