@@ -51,6 +51,7 @@ ExitStatus run(int argc, char **argv) {
   if (job.has(Command::design)) run_design(job, front_end);
   if (job.has(Command::analyze)) run_analyze(job, front_end);
   if (job.has(Command::estimate)) run_estimate(job, front_end);
+  if (job.has(Command::phase_shift)) run_phase_shift(job, front_end);
   return exit_done;
 }
 

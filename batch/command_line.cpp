@@ -29,6 +29,9 @@ struct Number {
 struct Positive { // any number above zero
   std::optional<double> Job::*place;
 };
+struct AnyNumber {
+  std::optional<double> Job::*place;
+};
 struct Choice {
   std::optional<int> Job::*place;
   Names (*names)(); // the index is the code; an empty name is not offered
@@ -45,7 +48,7 @@ struct OutputPath {
 struct Switch {
   bool Job::*place;
 };
-using Value = std::variant<Number, Positive, Choice, FrequencyRange, Frequency, OutputPath, Switch>;
+using Value = std::variant<Number, Positive, AnyNumber, Choice, FrequencyRange, Frequency, OutputPath, Switch>;
 
 template <class Table> Names options_of(const Table &table) {
   Names names;
@@ -124,7 +127,9 @@ constexpr int min_bits = 2, max_bits = 52, max_fixed_bits = 32;
 constexpr unsigned for_design = static_cast<unsigned>(Command::design);
 constexpr unsigned for_analyze = static_cast<unsigned>(Command::analyze);
 constexpr unsigned for_estimate = static_cast<unsigned>(Command::estimate);
-constexpr unsigned for_results = for_design | for_analyze;
+constexpr unsigned for_phase_shift = static_cast<unsigned>(Command::phase_shift);
+constexpr unsigned for_files = for_design | for_analyze; // only with what a file says
+constexpr unsigned for_results = for_files | for_phase_shift;
 
 constexpr unsigned method_bit(DesignMethod method) {
   return 1u << code(method);
@@ -192,7 +197,7 @@ const std::vector<OptionRow> &option_rows() {
        "analog prototype of IIR filters; default: elliptic"},
       {"--order", "N", Number{&Job::order, 1, max_order}, Group::design, for_design, with_iir,
        "order of IIR filters, even for bandpass and bandstop; default: the prototype's estimate"},
-      {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_results, with_iir | with_analog,
+      {"--mapping", "MAPPING", Choice{&Job::mapping, mappings}, Group::design, for_files, with_iir | with_analog,
        "from the s plane to the z plane, s-domain (of an entered system) for its analog response only; default: "
        "bilinear"},
       {"--prewarp", "FREQUENCY", Frequency{&Job::prewarp}, Group::design, for_analyze, with_analog,
@@ -217,14 +222,25 @@ const std::vector<OptionRow> &option_rows() {
        "all-pass sections of an arbitrary group delay filter; default: as few as keep the ripple of the specification"},
       {"--delay-method", "METHOD", Choice{&Job::delay_method, delay_method_names}, Group::design, for_design, with_iir,
        "what is made smallest by the sections of a phase equalizer or group delay filter; default: minimax"},
+      {"--sampling-frequency", "FS", Positive{&Job::sampling_frequency}, Group::design, for_phase_shift, with_digital,
+       "sampling frequency of the filter"},
+      {"--first-passband", "F", Positive{&Job::first_passband}, Group::design, for_phase_shift, with_digital,
+       "centre of the lower of the two narrow passbands"},
+      {"--second-passband", "F", Positive{&Job::second_passband}, Group::design, for_phase_shift, with_digital,
+       "centre of the upper one, below half the sampling frequency"},
+      {"--phase-shift", "DEGREES", AnyNumber{&Job::phase_shift}, Group::design, for_phase_shift, with_digital,
+       "phase of the filter at both, positive when its output leads; whole turns do not count"},
+      {"--real-zero", "ZERO", AnyNumber{&Job::real_zero}, Group::design, for_phase_shift, with_digital,
+       "real zero of the filter, above 1 or below -1; a value that does not work is refused with those that do"},
+      {"--radians", "", Switch{&Job::radians}, Group::design, for_phase_shift, with_digital,
+       "frequencies are in radians per second; default: hertz"},
       {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_results,
        with_iir | with_digital | with_analog, "arithmetic of cascaded sections; default: transposed"},
       {"--quantize", "ARITHMETIC", Choice{&Job::quantize, quantizations}, Group::quantization, for_results, with_any,
        "round the coefficients; default: off"},
       {"--bits", "N", Number{&Job::bits, min_bits, max_bits}, Group::quantization, for_results, with_any,
        "word length, at most 32 for fixed point; mantissa length of floating point; default: 16"},
-      {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_results,
-       with_fir | with_digital,
+      {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_files, with_fir | with_digital,
        "of fixed-point taps before rounding: none, by a power of two until the largest is at least a half, or until it "
        "is just below one; default: half"},
       {"--frequency-points", "N", Number{&Job::frequency_points, 2, max_frequency_points}, Group::response, for_results,
@@ -312,12 +328,17 @@ int read_number(const OptionRow &row, const Number &number, const std::string &t
   return static_cast<int>(*value);
 }
 
-double read_positive(const OptionRow &row, const std::string &text) {
+double read_any_number(const OptionRow &row, const std::string &text) {
   std::size_t used = 0;
   const auto value = parse_number(text, &used);
   if (!value || used != text.size()) refuse(row, quoted(text) + " is no number");
-  if (!(*value > 0)) refuse(row, quoted(text) + " is not above zero");
   return *value;
+}
+
+double read_positive(const OptionRow &row, const std::string &text) {
+  const double value = read_any_number(row, text);
+  if (!(value > 0)) refuse(row, quoted(text) + " is not above zero");
+  return value;
 }
 
 int read_choice(const OptionRow &row, const Choice &choice, const std::string &text) {
@@ -343,11 +364,9 @@ Range read_range(const OptionRow &row, const std::string &text) {
 }
 
 double read_frequency(const OptionRow &row, const std::string &text) {
-  std::size_t used = 0;
-  const auto value = parse_number(text, &used);
-  if (!value || used != text.size()) refuse(row, quoted(text) + " is no number");
-  if (*value < 0) refuse(row, quoted(text) + " is below zero");
-  return *value;
+  const double value = read_any_number(row, text);
+  if (value < 0) refuse(row, quoted(text) + " is below zero");
+  return value;
 }
 
 std::string read_path(const OptionRow &row, const std::string &text) {
@@ -363,6 +382,7 @@ std::string read_path(const OptionRow &row, const std::string &text) {
 void take(const OptionRow &row, const std::string &text, Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) job.*number->place = read_number(row, *number, text);
   if (const auto *number = std::get_if<Positive>(&row.value)) job.*number->place = read_positive(row, text);
+  if (const auto *number = std::get_if<AnyNumber>(&row.value)) job.*number->place = read_any_number(row, text);
   if (const auto *choice = std::get_if<Choice>(&row.value)) job.*choice->place = read_choice(row, *choice, text);
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) job.*range->place = read_range(row, text);
   if (const auto *frequency = std::get_if<Frequency>(&row.value)) job.*frequency->place = read_frequency(row, text);
@@ -372,6 +392,7 @@ void take(const OptionRow &row, const std::string &text, Job &job) {
 bool given(const OptionRow &row, const Job &job) {
   if (const auto *number = std::get_if<Number>(&row.value)) return (job.*number->place).has_value();
   if (const auto *number = std::get_if<Positive>(&row.value)) return (job.*number->place).has_value();
+  if (const auto *number = std::get_if<AnyNumber>(&row.value)) return (job.*number->place).has_value();
   if (const auto *choice = std::get_if<Choice>(&row.value)) return (job.*choice->place).has_value();
   if (const auto *range = std::get_if<FrequencyRange>(&row.value)) return (job.*range->place).has_value();
   if (const auto *frequency = std::get_if<Frequency>(&row.value)) return (job.*frequency->place).has_value();
@@ -382,9 +403,11 @@ bool given(const OptionRow &row, const Job &job) {
 struct CommandRow {
   Command command;
   const char *name;
-  const char *argument;
+  const char *argument; // a file to read, "" for none
   const char *input;
   const char *help;
+
+  std::string usage() const { return formatf(*argument ? "brisel %s %s" : "brisel %s", name, argument); }
 };
 constexpr std::array commands{
     CommandRow{Command::design, "design", "FILE.spc", "filter specification file",
@@ -393,6 +416,8 @@ constexpr std::array commands{
                "analyse a system that a file describes"},
     CommandRow{Command::estimate, "estimate", "FILE.spc", "filter specification file",
                "tell the length that each window, or the order that each analog prototype needs"},
+    CommandRow{Command::phase_shift, "phase-shift", "", "",
+               "design an all-pass filter of one phase in two narrow bands"},
 };
 
 constexpr std::size_t help_width = 100;
@@ -434,14 +459,16 @@ std::string option_help(const OptionRow &row) {
 }
 
 std::string command_help(const CommandRow &command) {
-  std::string text = formatf("Usage: brisel %s %s [options]\n\n", command.name, command.argument);
+  std::string text = "Usage: " + command.usage() + " [options]\n\n";
   std::string summary = command.help;
   summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
   text += summary + ".";
   if (command.command != Command::estimate)
     text += " A short summary goes to standard output, unless that carries the JSON\nobject. Files are written only "
             "when the whole job has succeeded.";
-  text += "\n\n" + help_row(command.argument, command.input) + help_row("-h, --help", "this text");
+  text += "\n\n";
+  if (*command.argument) text += help_row(command.argument, command.input);
+  text += help_row("-h, --help", "this text");
   constexpr std::array headings{"Design:", "Quantization:", "Responses:", "Outputs:", "Generated code:"};
   for (std::size_t group = 0; group < headings.size(); group++) {
     std::string rows;
@@ -456,7 +483,7 @@ std::string command_help(const CommandRow &command) {
 
 std::string program_help() {
   std::string text = "Brisel " BRISEL_VERSION ", design and analysis of digital filters.\n\nUsage:\n";
-  for (const CommandRow &row : commands) text += help_row(formatf("brisel %s %s", row.name, row.argument), row.help);
+  for (const CommandRow &row : commands) text += help_row(row.usage(), row.help);
   text += help_row("brisel COMMAND --help", "the options of a command");
   text += help_row("brisel --version", "the version");
   return text + help_row("brisel --help", "this text");
@@ -487,7 +514,7 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
     CLI::App *const parser = app.add_subcommand(command.name);
     parser->set_help_flag("-h,--help");
     parsers.push_back(parser);
-    parser->add_option(command.argument, job.input)->required();
+    if (*command.argument) parser->add_option(command.argument, job.input)->required();
     for (const OptionRow &row : option_rows()) {
       if (!(row.commands & static_cast<unsigned>(command.command))) continue;
       if (const auto *flag = std::get_if<Switch>(&row.value))
@@ -517,7 +544,8 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
   for (std::size_t i = 0; i < commands.size(); i++)
     if (parsers[i]->parsed()) job.command = commands[i].command;
   if (job.command == Command::none) throw JobFailure(exit_usage, "a command is missing; brisel --help lists them");
-  if (job.input.empty()) throw JobFailure(exit_usage, "the name of the file to read is empty");
+  if (job.input.empty() && !job.has(Command::phase_shift))
+    throw JobFailure(exit_usage, "the name of the file to read is empty");
   return std::nullopt;
 }
 

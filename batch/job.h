@@ -18,7 +18,7 @@ struct JobFailure : std::runtime_error {
   ExitStatus exit_status;
 };
 
-enum class Command : unsigned { none = 0, design = 1, analyze = 2, estimate = 4 };
+enum class Command : unsigned { none = 0, design = 1, analyze = 2, estimate = 4, phase_shift = 8 };
 
 /// Options that were not given are empty; codes are those of the code tables.
 struct Job {
@@ -30,6 +30,8 @@ struct Job {
   std::optional<int> compensation, rate_change, differential_delay, stages;
   std::optional<int> phase_equalizer, delay_sections, delay_method;
   std::optional<double> delay_ripple; // samples
+  std::optional<double> sampling_frequency, first_passband, second_passband, phase_shift, real_zero;
+  bool radians = false; // unit of the frequencies when there is no file
   std::optional<int> quantize, bits, scaling;
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file

@@ -7,6 +7,7 @@
 #include "batch/units.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/method_rule.h"
+#include "engine/core/phase_shift_design.h"
 #include "engine/core/system_analysis.h"
 #include "engine/files/coefficient_file.h"
 #include "engine/files/design_report.h"
@@ -197,6 +198,42 @@ void run_analyze(const Job &job, BatchFrontEnd &front_end) {
   choose_prewarp(job);
   analyze_system();
   if (!design_record.valid) fail(front_end.failure(job.input + ": the analysis ended without a result"));
+  write_results(job, front_end);
+}
+
+void run_phase_shift(const Job &job, BatchFrontEnd &front_end) {
+  refuse_missing_pictures(job);
+  refuse_unused_options(job, code(DesignMethod::z_analysis));
+  design_state.FrequencyMode = job.radians;
+  apply_frequency_mode();
+  const double unit = design_state.unit_factor;
+  PhaseShiftSpec wanted;
+  struct Row {
+    const char *option;
+    std::optional<double> given;
+    double &place, factor;
+  };
+  // In the order of PhaseShiftField.
+  const Row rows[] = {{"--sampling-frequency", job.sampling_frequency, wanted.sampling_frequency, unit},
+                      {"--first-passband", job.first_passband, wanted.first_passband, unit},
+                      {"--second-passband", job.second_passband, wanted.second_passband, unit},
+                      {"--phase-shift", job.phase_shift, wanted.degrees, 1},
+                      {"--real-zero", job.real_zero, wanted.real_zero, 1}};
+  const char *const missing = ": has to be given";
+  for (const Row &row : rows) {
+    if (!row.given && &row.place != &wanted.real_zero) throw JobFailure(exit_usage, std::string(row.option) + missing);
+    row.place = row.given.value_or(0) * row.factor;
+  }
+  choose_results(job, wanted.sampling_frequency);
+  if (job.structure) quantization_settings.rtype1 = *job.structure;
+  if (const auto complaint = phase_shift_design(wanted)) {
+    const Row &row = rows[static_cast<std::size_t>(complaint->field)];
+    throw JobFailure(exit_usage,
+                     std::string(row.option) +
+                         (row.given ? formatf(": %.10g ", *row.given) + complaint->reason
+                                    : missing + ("; values that work here: " + working_zeros_text(wanted))));
+  }
+  if (!design_record.valid) fail(front_end.failure("the phase shift filter has no result"));
   write_results(job, front_end);
 }
 

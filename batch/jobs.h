@@ -10,5 +10,6 @@ namespace brisel {
 void run_design(const Job &job, BatchFrontEnd &front_end);
 void run_analyze(const Job &job, BatchFrontEnd &front_end);
 void run_estimate(const Job &job, BatchFrontEnd &front_end);
+void run_phase_shift(const Job &job, BatchFrontEnd &front_end);
 
 } // namespace brisel

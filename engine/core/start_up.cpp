@@ -3,6 +3,7 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/display_defaults.h"
 #include "engine/core/messages.h"
+#include "engine/core/phase_shift_design.h"
 #include "engine/core/setup_file.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/text_file.h"
@@ -76,6 +77,7 @@ void set_start_values() {
   z_path = {};
   s_path = {};
   remembered_systems = {};
+  last_phase_shift = {};
   design_notes.clear();
   status = 0;
   trace_on = 0;

@@ -185,11 +185,12 @@ double highest_root_frequency(InputOption option, const SystemEntries &entries) 
   return highest;
 }
 
-void analyze_system() {
+void analyze_system(const std::string &note) {
   const double rate = entered_sample_rate();
   if (!(rate > 0)) return post_message(Message::system_has_no_form);
   run_with_progress([&] {
     begin_record(rate);
+    if (!note.empty()) design_notes.push_back(note);
     design_record.valid = SystemAnalysisConv();
     filter_dsgn_quan();
   });

@@ -10,8 +10,9 @@ void copy_entry(const SystemEntries &entries, InputOption option, IirForms &form
 
 /// Analyses the system that the design state selects: the entry of `z_input_option` for the z domain, of
 /// `s_input_option` for the s domain. An analog system is mapped by `SDomainAnalysisRealizationMethod`, or only its
-/// analog response is computed. Afterwards `design_record.valid` tells whether there is a result.
-void analyze_system();
+/// analog response is computed. Afterwards `design_record.valid` tells whether there is a result. `note` is what there
+/// is to know of the system beforehand, a sentence for the design notes.
+void analyze_system(const std::string &note = {});
 
 /// The largest |root| of an entered analog system, radians per second: what prewarping of every pole and zero has to
 /// place below half the sampling frequency. 0 for a system without poles and zeros.

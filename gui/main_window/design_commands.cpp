@@ -4,6 +4,7 @@
 #include "gui/dialogs/cPlotControlDialogImpl.h"
 #include "gui/dialogs/design_dialogs.h"
 #include "gui/dialogs/option_dialogs.h"
+#include "gui/dialogs/phase_shift_dialog.h"
 #include "gui/dialogs/result_texts.h"
 #include "gui/dialogs/system_pages.h"
 #include "gui/dialogs/text_view_dialog.h"
@@ -86,7 +87,9 @@ void cBriselApp::FilterMenuActivated(int position) {
 }
 
 void cBriselApp::Filter_Special_PhaseShift() {
-  post_message(Message::command_not_available);
+  cPhaseShiftSpecDialogImpl dialog(this);
+  // What is impossible was marked while it was typed, and OK stayed disabled.
+  if (dialog.exec() == QDialog::Accepted) static_cast<void>(phase_shift_design(dialog.wanted()));
 }
 
 void cBriselApp::Filter_StartDesign() {

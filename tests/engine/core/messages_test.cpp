@@ -14,6 +14,7 @@ TEST(MessageFile, HasATextForEveryNumberOfTheProgram) {
     const std::string text = get_message(static_cast<int>(number), own_file);
     EXPECT_EQ(text.find("is not available"), text.npos) << static_cast<int>(number);
     EXPECT_GE(std::count(text.begin(), text.end(), '\n'), 3) << "what, why, what to do: " << static_cast<int>(number);
+    EXPECT_EQ(text.find(".MESSAGE"), text.npos) << "runs on into the next: " << static_cast<int>(number);
   }
 }
 
