@@ -122,7 +122,7 @@ Names compensations() { // index - 1 is the curve
   return {"none", "sinc", "comb"};
 }
 
-constexpr int min_bits = 2, max_bits = 52, max_fixed_bits = 32;
+constexpr int min_bits = 2, max_bits = 52, max_fixed_bits = 32, max_searches = 1000;
 
 constexpr unsigned for_design = static_cast<unsigned>(Command::design);
 constexpr unsigned for_analyze = static_cast<unsigned>(Command::analyze);
@@ -243,6 +243,10 @@ const std::vector<OptionRow> &option_rows() {
       {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_files, with_fir | with_digital,
        "of fixed-point taps before rounding: none, by a power of two until the largest is at least a half, or until it "
        "is just below one; default: half"},
+      {"--optimize", "N", Number{&Job::optimize, 1, max_searches}, Group::quantization, for_design, with_fir,
+       "searches for better fixed-point taps near the rounded ones, of symmetric lowpass, highpass, bandpass and "
+       "bandstop "
+       "filters; default: none"},
       {"--frequency-points", "N", Number{&Job::frequency_points, 2, max_frequency_points}, Group::response, for_results,
        with_any, "points of the frequency responses; default: 1001"},
       {"--time-points", "N", Number{&Job::time_points, 1, max_time_points}, Group::response, for_results, with_any,
@@ -598,6 +602,7 @@ void refuse_unused_options(const Job &job, int method) {
         job.mapping == code(ZTransform::s_domain_only))
       refuse(row, "s-domain is for the analysis of an entered system");
     needs(&Job::bits, fixed || floating, "--quantize fixed or floating");
+    needs(&Job::optimize, fixed, "--quantize fixed");
     needs(&Job::scaling, fixed, "--quantize fixed");
     if (row.place_is(&Job::bits) && fixed && job.bits.value_or(min_bits) > max_fixed_bits)
       refuse(row, formatf("%d is outside %d to %d for fixed point", *job.bits, min_bits, max_fixed_bits));

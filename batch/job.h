@@ -32,7 +32,7 @@ struct Job {
   std::optional<double> delay_ripple; // samples
   std::optional<double> sampling_frequency, first_passband, second_passband, phase_shift, real_zero;
   bool radians = false; // unit of the frequencies when there is no file
-  std::optional<int> quantize, bits, scaling;
+  std::optional<int> quantize, bits, scaling, optimize;
   std::optional<int> frequency_points, time_points;
   std::optional<Range> frequency_range; // in the unit of the file
   std::optional<double> prewarp;        // the same

@@ -63,6 +63,8 @@ void choose_results(const Job &job, double sampling) {
   quantization_settings.quant = chosen != Quantize::off;
   quantization_settings.qtype = chosen != Quantize::floating;
   if (job.bits) quantization_settings.ibit = *job.bits;
+  quantization_settings.optimize = job.optimize.has_value();
+  if (job.optimize) quantization_settings.op_num = *job.optimize;
   if (job.scaling) design_state.GainOption = static_cast<std::uint8_t>(*job.scaling);
   report_off = job.report.empty();
   plot_settings.detout = job.detail;
@@ -87,14 +89,15 @@ void choose_compensation(const Job &job) {
   design_state.CompensationNumberOfStages = static_cast<std::uint8_t>(job.stages.value_or(1));
 }
 
-void choose_fir(const Job &job) {
-  if (job.minimum_phase) design_state.MinimumPhaseType = static_cast<std::uint8_t>(*job.minimum_phase);
-  if (job.gain) design_state.gain_specification_mode = static_cast<std::uint8_t>(*job.gain);
-}
-
 [[noreturn]] void refuse_for_type(const char *option) {
   throw JobFailure(exit_usage, formatf("%s: has no meaning for a filter of type %s", option,
                                        std::string(filter_types[design_state.filter_type].file_name).c_str()));
+}
+
+void choose_fir(const Job &job) {
+  if (job.minimum_phase) design_state.MinimumPhaseType = static_cast<std::uint8_t>(*job.minimum_phase);
+  if (job.gain) design_state.gain_specification_mode = static_cast<std::uint8_t>(*job.gain);
+  if (job.optimize && design_state.filter_type > code(FilterType::band_stop)) refuse_for_type("--optimize");
 }
 
 // Phase equalizers and group delay filters.

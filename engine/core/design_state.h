@@ -60,14 +60,15 @@ struct DesignState {
 };
 
 struct QuantizationSettings {
-  std::uint8_t quant; // quantize at all
-  std::uint8_t qtype; // 1 fixed point, 0 floating point
-  std::int32_t ibit;  // word length
-  std::int32_t op_num;
-  std::int32_t op_steps;
-  std::int32_t rtype1; // cascade: SectionStructure
-  std::int32_t rtype2; // parallel: 0 transposed fixed point, 1 floating point
-  std::int32_t rtype3; // parallel form is not scaled
+  std::uint8_t quant;    // quantize at all
+  std::uint8_t qtype;    // 1 fixed point, 0 floating point
+  std::uint8_t optimize; // search for better fixed-point taps than the rounded ones; for the session only
+  std::int32_t ibit;     // word length
+  std::int32_t op_num;   // number of searches
+  std::int32_t op_steps; // most steps of a search
+  std::int32_t rtype1;   // cascade: SectionStructure
+  std::int32_t rtype2;   // parallel: 0 transposed fixed point, 1 floating point
+  std::int32_t rtype3;   // parallel form is not scaled
   std::int32_t rtype4;
 };
 

@@ -5,7 +5,7 @@
 // spend on delay.
 #pragma once
 
-#include "engine/core/records.h"
+#include "engine/core/spec_bands.h"
 #include "engine/fir/remez.h"
 
 #include <functional>
@@ -17,10 +17,6 @@ namespace brisel {
 inline constexpr int max_delay_sections = 20;
 
 enum class DelayNorm { least_squares, least_p, minimax };
-
-struct FrequencyBand {
-  double low, high;
-};
 
 struct DelayGoal {
   std::vector<FrequencyBand> bands; // ascending, each of some width

@@ -32,20 +32,6 @@ double cascade_delay(const SectionEntry &cascade, double w) {
   return sum;
 }
 
-std::vector<FrequencyBand> passbands(const FilterSpec &spec) {
-  const auto &edge = spec.passband_edge;
-  switch (static_cast<FilterType>(spec.type)) {
-  case FilterType::low_pass:
-    return {{0, edge[0]}};
-  case FilterType::high_pass:
-    return {{edge[0], pi}};
-  case FilterType::band_pass:
-    return {{edge[0], edge[1]}};
-  default:
-    return {{0, edge[0]}, {edge[1], pi}};
-  }
-}
-
 bool is_group_delay(const FilterSpec &spec) {
   return spec.type == code(FilterType::arbitrary_group_delay);
 }

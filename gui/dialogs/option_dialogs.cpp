@@ -4,13 +4,16 @@
 #include "engine/core/trace.h"
 #include "gui/dialogs/design_dialogs.h"
 
+#include <algorithm>
+
 namespace brisel {
 
 namespace {
 
 constexpr int fewest_bits = 2, most_bits = 52; // of a double's 53 one is the sign's place
-constexpr int shortest_number = 14;            // first item of the length box
-constexpr int longest_name = 80;               // stands in one line of the setup file
+constexpr int most_searches = 1000;
+constexpr int shortest_number = 14; // first item of the length box
+constexpr int longest_name = 80;    // stands in one line of the setup file
 
 } // namespace
 
@@ -20,12 +23,9 @@ cQuantizationDialogImpl::cQuantizationDialogImpl(QWidget *parent) : SequencePage
   choose_button(*this, "Switch", q.quant ? 0 : 1);
   choose_button(*this, "Type", q.qtype ? 1 : 0);
   pNumBits_Edit->setText(QString::number(q.ibit));
-  pNumOpts_Edit->setText(QString::number(q.op_num));
-  choose_button(*this, "Optimize", 1);
-  for (QWidget *widget : std::initializer_list<QWidget *>{pOptimize0_Button, pOptimize1_Button, pNumOpts_Edit}) {
-    widget->setEnabled(false);
-    widget->setToolTip("FIR coefficients are rounded one by one; there is no optimization yet.");
-  }
+  searches = std::clamp(q.op_num, 1, most_searches);
+  pNumOpts_Edit->setText(QString::number(searches));
+  choose_button(*this, "Optimize", q.optimize ? 0 : 1);
   choose_button(*this, "Cascade", q.rtype1);
   pParallel_Button->setChecked(true);
   choose_button(*this, "Scaling", design_state.GainOption);
@@ -35,6 +35,11 @@ cQuantizationDialogImpl::cQuantizationDialogImpl(QWidget *parent) : SequencePage
 void cQuantizationDialogImpl::read() {
   bits = whole_number_in(pNumBits_Edit, fewest_bits, most_bits).value_or(0);
   const bool fixed = chosen_button(*this, "Switch") == 0 && chosen_button(*this, "Type") == 1;
+  const bool searches_count = fixed && chosen_button(*this, "Optimize") == 0;
+  for (QWidget *widget : std::initializer_list<QWidget *>{pOptimize0_Button, pOptimize1_Button})
+    widget->setEnabled(fixed);
+  pNumOpts_Edit->setEnabled(searches_count);
+  if (searches_count) searches = whole_number_in(pNumOpts_Edit, 1, most_searches).value_or(searches);
   pCascade2_Button->setEnabled(!fixed);
   pCascade3_Button->setEnabled(!fixed);
   if (fixed && chosen_button(*this, "Cascade") > code(SectionStructure::canonic)) {
@@ -50,6 +55,8 @@ void cQuantizationDialogImpl::store() {
   q.quant = chosen_button(*this, "Switch") == 0;
   q.qtype = chosen_button(*this, "Type") == 1;
   q.ibit = bits;
+  q.optimize = chosen_button(*this, "Optimize") == 0;
+  q.op_num = searches;
   q.rtype1 = chosen_button(*this, "Cascade");
   design_state.GainOption = static_cast<std::uint8_t>(chosen_button(*this, "Scaling"));
 }

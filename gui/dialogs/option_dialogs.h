@@ -18,6 +18,7 @@ private:
   void store() override;
 
   int bits = 0;
+  int searches = 0;
 };
 
 class cSystemSettingsDialogImpl : public SequencePage, private Ui::cSystemSettingsDialog {

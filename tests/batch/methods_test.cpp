@@ -63,6 +63,17 @@ TEST_F(Methods, TheSummaryShowsTheQuantizedFilterBesideTheExactOne) {
   EXPECT_NE(outcome.out.find("missed"), std::string::npos) << "six bits do not hold 60 dB\n" << outcome.out;
 }
 
+TEST_F(Methods, OptimizedTapsKeepWhatRoundedOnesMiss) {
+  const std::string job = "design lowpass.spc --method equiripple --length 51 --quantize fixed --bits 12";
+  EXPECT_NE(shop.run(job).out.find("missed"), std::string::npos);
+  const Outcome optimized = shop.run(job + " --optimize 10");
+  EXPECT_EQ(optimized.out.find("missed"), std::string::npos) << optimized.out;
+  EXPECT_NE(optimized.out.find("Optimization changed"), std::string::npos) << optimized.out;
+  // Where the search does not apply, the rounded taps stay, and a note says why.
+  const Outcome not_symmetric = shop.run(job + " --minimum-phase dft --optimize 10");
+  EXPECT_NE(not_symmetric.out.find("were not optimized"), std::string::npos) << not_symmetric.out;
+}
+
 TEST_F(Methods, LeastSquaresHasNothingToKeep) {
   const auto before = shop.files();
   const Outcome outcome = shop.run("design lowpass.spc --method least-squares --json x.json");
@@ -89,6 +100,8 @@ TEST_F(Methods, OptionsWithoutMeaningAreRefused) {
            Row{"lowpass.spc --method window --quantize fixed --bits 33",
                "--bits: 33 is outside 2 to 32 for fixed point"},
            Row{"lowpass.spc --method window --quantize floating --bits 53", "--bits: 53 is outside 2 to 52"},
+           Row{"lowpass.spc --method window --quantize floating --optimize 5", "--optimize: needs --quantize fixed"},
+           Row{"hilbert.spc --quantize fixed --optimize 5", "--optimize: has no meaning for a filter of type HILBERT"},
            Row{"lowpass.spc --impulse-path z-first", "--impulse-path: needs --mapping impulse-invariant"},
            Row{"lowpass.spc --realization parallel --structure canonic", "--structure: needs --realization cascade"},
            Row{"lowpass.spc --order 201", "--order: 201 is outside 1 to 200"},

@@ -91,6 +91,29 @@ TEST_F(OptionDialogsTest, QuantizationRefusesWhatDoesNotExist) {
   window->Output_Quantization();
 }
 
+TEST_F(OptionDialogsTest, OptimizationIsForFixedPointOnly) {
+  answer_with([](QDialog &dialog) {
+    auto *on = dialog.findChild<QRadioButton *>("pOptimize0_Button");
+    auto *count = dialog.findChild<QLineEdit *>("pNumOpts_Edit");
+    EXPECT_EQ(count->text(), "10");
+    EXPECT_FALSE(on->isEnabled()) << "while quantization is off";
+    press(dialog, "pSwitch0_Button");
+    EXPECT_TRUE(on->isEnabled());
+    EXPECT_FALSE(count->isEnabled());
+    press(dialog, "pOptimize0_Button");
+    EXPECT_TRUE(count->isEnabled());
+    for (const char *wrong : {"0", "1001", "", "2.5"}) {
+      count->setText(wrong);
+      EXPECT_FALSE(dialog.findChild<QPushButton *>("pAccept_Button")->isEnabled()) << wrong;
+    }
+    count->setText("12");
+    press(dialog, "pAccept_Button");
+  });
+  window->Output_Quantization();
+  EXPECT_EQ(quantization_settings.optimize, 1);
+  EXPECT_EQ(quantization_settings.op_num, 12);
+}
+
 TEST_F(OptionDialogsTest, SystemSettings) {
   answer_with([](QDialog &dialog) {
     EXPECT_EQ(dialog.findChild<QRadioButton *>("pExit0_Button")->text().remove('&'),

@@ -1,0 +1,18 @@
+// spec_bands.h - the bands that lowpass, highpass, bandpass and bandstop specifications pass and stop.
+#pragma once
+
+#include "engine/core/records.h"
+
+#include <vector>
+
+namespace brisel {
+
+struct FrequencyBand {
+  double low, high;
+};
+
+/// Ascending, in radians per sample: of a specification whose sampling frequency is 2 pi.
+std::vector<FrequencyBand> passbands(const FilterSpec &spec);
+std::vector<FrequencyBand> stopbands(const FilterSpec &spec);
+
+} // namespace brisel
