@@ -136,7 +136,10 @@ bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &form
     return -1;
   };
   found.cascade = derive(RealizationForm::cascade, forms.cascade, [&] {
-    return rooted && pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay);
+    if (!rooted || !pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay)) return false;
+    // Poles and zeros that were entered run as these sections, and answer when they say.
+    if (!source && domain == Domain::z) restore_delay(forms.pole_zero, forms.cascade, found.dropped_delay);
+    return true;
   });
   found.parallel = derive(RealizationForm::parallel, forms.parallel, [&] {
     return found.cascade >= 0 && cascade_to_parallel(domain, forms.cascade, forms.parallel);
