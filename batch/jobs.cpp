@@ -222,19 +222,19 @@ void run_phase_shift(const Job &job, BatchFrontEnd &front_end) {
                       {"--second-passband", job.second_passband, wanted.second_passband, unit},
                       {"--phase-shift", job.phase_shift, wanted.degrees, 1},
                       {"--real-zero", job.real_zero, wanted.real_zero, 1}};
-  const char *const missing = ": has to be given";
+  const std::string missing = ": has to be given";
   for (const Row &row : rows) {
-    if (!row.given && &row.place != &wanted.real_zero) throw JobFailure(exit_usage, std::string(row.option) + missing);
+    if (!row.given && &row.place != &wanted.real_zero) throw JobFailure(exit_usage, row.option + missing);
     row.place = row.given.value_or(0) * row.factor;
   }
   choose_results(job, wanted.sampling_frequency);
   if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (const auto complaint = phase_shift_design(wanted)) {
     const Row &row = rows[static_cast<std::size_t>(complaint->field)];
-    throw JobFailure(exit_usage,
-                     std::string(row.option) +
-                         (row.given ? formatf(": %.10g ", *row.given) + complaint->reason
-                                    : missing + ("; values that work here: " + working_zeros_text(wanted))));
+    std::string reason = row.option + (row.given ? formatf(": %.10g ", *row.given) + complaint->reason : missing);
+    if (complaint->field == PhaseShiftField::real_zero)
+      reason += "; values that work here: " + working_zeros_text(wanted);
+    throw JobFailure(exit_usage, reason);
   }
   if (!design_record.valid) fail(front_end.failure("the phase shift filter has no result"));
   write_results(job, front_end);

@@ -72,9 +72,8 @@ std::optional<PhaseShiftComplaint> wrong_task(const PhaseShiftSpec &wanted) {
     return PhaseShiftComplaint{PhaseShiftField::degrees,
                                formatf("is beyond %g degrees, %g turns", max_phase_shift, max_phase_shift / 360)};
   const double rest = turn_remainder(wanted.degrees);
-  if (rest == 0) return complain(PhaseShiftField::degrees, "is no shift: no filter is needed");
-  if (rest == 180)
-    return complain(PhaseShiftField::degrees, "is a change of sign: a gain of -1 does it at every frequency");
+  if (rest == 0) return complain(PhaseShiftField::degrees, "is no shift and needs no filter");
+  if (rest == 180) return complain(PhaseShiftField::degrees, "is a change of sign and needs no filter");
   return std::nullopt;
 }
 
@@ -169,12 +168,10 @@ std::variant<PhaseShiftFilter, PhaseShiftComplaint> design_phase_shift(const Pha
   const double r = wanted.real_zero;
   if (std::abs(r) <= max_real_zero)
     if (const auto filter = solve(task_of(wanted), r)) return *filter;
-  const std::string works = working_zeros_text(wanted);
-  if (works.empty())
-    return PhaseShiftComplaint{PhaseShiftField::degrees, "is too small, or the passbands are too near to each other or "
-                                                         "to the ends: no real zero gives a filter"};
-  const char *const where = std::abs(r) > 1 ? "gives no stable filter" : "does not lie outside the unit circle";
-  return PhaseShiftComplaint{PhaseShiftField::real_zero, std::string(where) + "; values that work here: " + works};
+  if (working_zeros(wanted).empty())
+    return PhaseShiftComplaint{PhaseShiftField::degrees, "has no filter: it is too small, or the passbands too near"};
+  return PhaseShiftComplaint{PhaseShiftField::real_zero,
+                             std::abs(r) > 1 ? "gives no stable filter" : "is not above 1 or below -1"};
 }
 
 std::array<FrequencyBand, 2> phase_shift_bands(const PhaseShiftSpec &wanted, const PhaseShiftFilter &filter) {

@@ -31,6 +31,7 @@ cPhaseShiftSpecDialogImpl::cPhaseShiftSpecDialogImpl(QWidget *parent)
   pRealZero_Edit->setText(shown(before.real_zero));
   for (QLineEdit *edit : {pSampFreq_Edit, pFirstPassband_Edit, pSecondPassband_Edit}) add_unit(edit, frequency_unit());
   add_unit(pPhaseShift_Edit, "degrees");
+  add_unit(pRealZero_Edit, {});
   pResult_Label->setTextFormat(Qt::PlainText);
   pResult_Label->setWordWrap(true);
   pResult_Label->setMinimumHeight(3 * pResult_Label->fontMetrics().lineSpacing());
@@ -54,20 +55,19 @@ void cPhaseShiftSpecDialogImpl::read() {
   read_number(pPhaseShift_Edit, typed.degrees);
   read_number(pRealZero_Edit, typed.real_zero);
   if (!is_right()) return;
+  if (const std::string zeros = working_zeros_text(typed); !zeros.empty())
+    pResult_Label->setText("Real zero values that work: " + text_of(zeros));
   const auto outcome = design_phase_shift(typed);
-  if (const auto *filter = std::get_if<PhaseShiftFilter>(&outcome)) return show_result(*filter);
+  if (const auto *filter = std::get_if<PhaseShiftFilter>(&outcome)) {
+    const QString within = QString("\nThe phase is within %1 degrees of the shift ").arg(phase_band_tolerance);
+    pResult_Label->setText(pResult_Label->text() + within + text_of(phase_shift_bands_text(typed, *filter)));
+    return;
+  }
   const auto &complaint = std::get<PhaseShiftComplaint>(outcome);
   // In the order of PhaseShiftField.
   QLineEdit *const fields[] = {pSampFreq_Edit, pFirstPassband_Edit, pSecondPassband_Edit, pPhaseShift_Edit,
                                pRealZero_Edit};
   mark(fields[static_cast<std::size_t>(complaint.field)], text_of(complaint.reason));
-}
-
-void cPhaseShiftSpecDialogImpl::show_result(const PhaseShiftFilter &filter) {
-  pResult_Label->setText(QString("Real zero values that work: %1.\nThe phase is within %2 degrees of the shift %3.")
-                             .arg(text_of(working_zeros_text(typed)))
-                             .arg(phase_band_tolerance)
-                             .arg(text_of(phase_shift_bands_text(typed, filter))));
 }
 
 } // namespace brisel

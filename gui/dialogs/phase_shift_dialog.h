@@ -19,7 +19,6 @@ public:
 private:
   void read() override;
   void store() override {}
-  void show_result(const PhaseShiftFilter &filter);
 
   PhaseShiftSpec before; // as the dialog opened: fields that were not touched keep all their digits
   PhaseShiftSpec typed;

@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -91,6 +92,14 @@ void SequencePage::check() {
   read();
   if (QPushButton *button = accept_button()) button->setEnabled(right);
   checking = false;
+}
+
+// A reason of several lines must not be cut off. The page keeps the height that it once needed.
+bool SequencePage::event(QEvent *event) {
+  const bool taken = QDialog::event(event);
+  if (event->type() == QEvent::LayoutRequest && layout() && isVisible())
+    if (const int needed = layout()->totalHeightForWidth(width()); needed > height()) resize(width(), needed);
+  return taken;
 }
 
 QLabel *SequencePage::reason_label(QWidget *field) {

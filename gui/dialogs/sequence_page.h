@@ -38,6 +38,7 @@ protected:
   /// Checks the page again.
   void check();
   bool is_right() const { return right; }
+  bool event(QEvent *event) override;
 
   /// Reads the widgets into the page's values and marks what is wrong, whose value stays what it was.
   virtual void read() = 0;
