@@ -2,6 +2,7 @@
 
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/text_lines.h"
 
 #include <cmath>
 #include <complex>
@@ -16,6 +17,9 @@ using namespace brisel;
 namespace fs = std::filesystem;
 
 namespace {
+
+using test::joined;
+using test::lines_of;
 
 /// A folder of its own that is the current one as long as the object lives.
 struct CurrentFolder {
@@ -36,19 +40,6 @@ std::string content(const fs::path &path) {
   std::ostringstream out;
   out << in.rdbuf();
   return out.str();
-}
-
-std::vector<std::string> lines_of(std::string_view text) {
-  std::vector<std::string> lines;
-  std::istringstream in{std::string(text)};
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::string joined(const std::vector<std::string> &lines) {
-  std::string text;
-  for (const std::string &line : lines) text += line + "\n";
-  return text;
 }
 
 void start_design(DesignMethod method, bool quantize, bool fixed, int bits) {

@@ -4,6 +4,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/text_lines.h"
 
 #include <cmath>
 #include <cstring>
@@ -16,6 +17,9 @@ using namespace brisel;
 namespace fs = std::filesystem;
 
 namespace {
+
+using test::joined;
+using test::lines_of;
 
 struct Folder {
   fs::path path = fs::temp_directory_path() / ("brisel_spec_" + std::to_string(::getpid()));
@@ -116,19 +120,6 @@ const char *const group_delay = "FILTER SPECIFICATION FILE\n"
                                 "GROUP DELAY RIPPLE (LINEAR) 0.500000E-01\n";
 const char *const every_kind[] = {low_pass,           band_stop, differentiator,      hilbert,    half_band,
                                   root_raised_cosine, multiband, arbitrary_magnitude, group_delay};
-
-std::vector<std::string> lines_of(std::string_view text) {
-  std::vector<std::string> lines;
-  std::istringstream in{std::string(text)};
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::string joined(const std::vector<std::string> &lines) {
-  std::string text;
-  for (const std::string &line : lines) text += line + "\n";
-  return text;
-}
 
 std::string with_line(std::string_view text, int number, const std::string &line) {
   auto lines = lines_of(text);

@@ -3,6 +3,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/text_lines.h"
 
 #include <cmath>
 #include <filesystem>
@@ -14,6 +15,9 @@ using namespace brisel;
 namespace fs = std::filesystem;
 
 namespace {
+
+using test::joined;
+using test::lines_of;
 
 const std::string z_start = "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - ";
 const std::string s_start = "DIGITAL SYSTEM ANALYSIS - S DOMAIN INPUT\nINPUT OPTION - ";
@@ -110,19 +114,6 @@ const OptionFile every_option[] = {
 
 int read(const std::string &text, SystemReading *reading = nullptr) {
   return read_system_text(text, design_state, z_entries, s_entries, reading);
-}
-
-std::vector<std::string> lines_of(std::string_view text) {
-  std::vector<std::string> lines;
-  std::istringstream in{std::string(text)};
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::string joined(const std::vector<std::string> &lines) {
-  std::string text;
-  for (const std::string &line : lines) text += line + "\n";
-  return text;
 }
 
 std::string with_line(const std::string &text, int number, const std::string &line) {
