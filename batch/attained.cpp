@@ -50,13 +50,10 @@ std::vector<Requirement> requirements(const FilterSpec &spec, const Compensation
   };
   switch (static_cast<FilterType>(spec.type)) {
   case FilterType::low_pass:
-    return parts({{0, pass[0]}}, {{stop[0], pi}}, {{pass[0], stop[0]}});
   case FilterType::high_pass:
-    return parts({{pass[0], pi}}, {{0, stop[0]}}, {{stop[0], pass[0]}});
   case FilterType::band_pass:
-    return parts({{pass[0], pass[1]}}, {{0, stop[0]}, {stop[1], pi}}, {{stop[0], pass[0]}, {pass[1], stop[1]}});
   case FilterType::band_stop:
-    return parts({{0, pass[0]}, {pass[1], pi}}, {{stop[0], stop[1]}}, {{pass[0], stop[0]}, {stop[1], pass[1]}});
+    return parts(passbands(spec), stopbands(spec), transition_bands(spec));
   case FilterType::half_band: {
     const double edge = halfband_stopband_edge(spec);
     auto all = parts({{0, pass[0]}}, {{edge, pi}}, {{pass[0], edge}});

@@ -6,7 +6,7 @@
 // to the largest stopband gain, both in dB.
 #pragma once
 
-#include "engine/core/records.h"
+#include "engine/core/spec_bands.h"
 #include "engine/fir/compensation.h"
 
 #include <complex>
@@ -17,10 +17,7 @@
 
 namespace brisel {
 
-struct Band {
-  double low;
-  double high; // a band may be a single point
-};
+using Band = FrequencyBand;
 
 enum class Measure {
   ripple_db,      // gain over desired gain, largest over smallest

@@ -112,7 +112,8 @@ void choose_delay(const Job &job) {
     return;
   }
   for (const auto &[option, given] :
-       std::array<std::pair<const char *, bool>, 5>{{{"--phase-equalizer", job.phase_equalizer.has_value()},
+       std::array<std::pair<const char *, bool>, 6>{{{"--compensation", job.compensation.value_or(0) != 0},
+                                                     {"--phase-equalizer", job.phase_equalizer.has_value()},
                                                      {"--delay-ripple", job.delay_ripple.has_value()},
                                                      {"--prototype", job.prototype.has_value()},
                                                      {"--mapping", job.mapping.has_value()},

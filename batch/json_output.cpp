@@ -4,6 +4,7 @@
 #include "batch/units.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
+#include "engine/fir/compensation.h"
 #include "engine/iir/delay_design.h"
 
 #include <nlohmann/json.hpp>
@@ -41,6 +42,28 @@ std::string_view symmetry_name(const FirEntry &fir) {
   return fir_symmetries[std::min<std::size_t>(static_cast<std::size_t>(fir.fir_type), fir_symmetries.size() - 1)];
 }
 
+/// The droop that the filter makes up for, and what the sections of an IIR filter attain.
+void add_compensation(Json &out) {
+  const DesignState &chosen = design_record.selections;
+  if (chosen.DesignOrAnalysisType > code(DesignMethod::least_squares) || !chosen.CompensationOption) return;
+  const auto compensation = make_compensation(true, chosen.CompensationType, chosen.CompensationRateChange,
+                                              chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages);
+  if (!compensation || !is_active(*compensation)) return;
+  Json &found = out["compensation"];
+  if (compensation->type == CompensationCurve::sinc)
+    found["curve"] = "sinc";
+  else
+    found = Json{{"curve", "comb"},
+                 {"rate_change", compensation->rate_change},
+                 {"differential_delay", compensation->differential_delay},
+                 {"stages", compensation->stages}};
+  if (is_fir_result()) return;
+  const CompensationResult &attained = design_record.compensation;
+  found["sections"] = attained.sections;
+  found["droop"] = attained.droop;
+  found["residual"] = attained.residual;
+}
+
 Json fir_json() {
   const FirEntry &fir = design_record.fir;
   Json out{{"length", fir.length}, {"symmetry", symmetry_name(fir)}};
@@ -49,6 +72,7 @@ Json fir_json() {
   const DesignState &chosen = design_record.selections;
   if (is_fir_method(chosen.DesignOrAnalysisType) && chosen.MinimumPhaseType)
     out["minimum_phase"] = minimum_phase_types[chosen.MinimumPhaseType].option;
+  add_compensation(out);
   out["gain"] = coefficient(fir.gain);
   out["shift"] = fir.shift;
   out["coefficients"] = coefficients(taps(fir));
@@ -118,6 +142,7 @@ Json iir_json() {
   const DelayResult &delay = design_record.delay;
   const bool all_pass = design && chosen.filter_type == code(FilterType::arbitrary_group_delay);
   const bool prototyped = design && !all_pass;
+  add_compensation(out);
   if (design && delay.sections > 0) {
     out["delay"] =
         Json{{"sections", delay.sections},

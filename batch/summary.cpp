@@ -112,6 +112,7 @@ std::string iir_heading() {
   std::string out = all_pass ? std::string(", all-pass sections")
                              : ", " + name_of(analog_prototypes[static_cast<std::size_t>(chosen.analog_type)]) + ", " +
                                    name_of(z_transforms[static_cast<std::size_t>(chosen.ZTransformMethod)]);
+  if (design_record.compensation.sections > 0) out += ", compensation";
   if (!all_pass && design_record.delay.sections > 0) out += ", phase equalizer";
   const auto report_code = realization_forms[static_cast<std::size_t>(design_record.realization)].report_code;
   return out + formatf("\nOrder %d, %s, ", design_record.z.cascade.order,
@@ -190,6 +191,10 @@ std::string attained_table() {
     columns[2].push_back(figure(wanted[i].measure, exact[i]));
     if (quantized) columns[3].push_back(figure(wanted[i].measure, rounded[i]));
     columns.back().push_back(missed(wanted[i], rounded[i]) ? "missed" : "");
+  }
+  if (const CompensationResult &compensation = design_record.compensation; compensation.sections > 0) {
+    const std::vector<std::string> row{"compensation residual", "", decibels(compensation.residual, 4)};
+    for (std::size_t i = 0; i < columns.size(); i++) columns[i].push_back(i < row.size() ? row[i] : "");
   }
   if (delay.sections > 0) {
     const auto samples = [](double value) { return formatf("%.4g samples", value); };

@@ -77,6 +77,9 @@ struct Refusal {
 // What was asked for beside the specification and cannot be done, found before any work is.
 std::optional<Refusal> refused_option() {
   if (is_group_delay_design()) {
+    if (design_state.CompensationOption)
+      return Refusal{Message::iir_compensation_refused,
+                     "a group delay filter is all-pass: it has no passband whose gain could make up for a droop"};
     if (const auto reason = group_delay_refusal(*current_spec, design_state))
       return Refusal{Message::group_delay_refused, *reason};
     return std::nullopt;
@@ -86,7 +89,6 @@ std::optional<Refusal> refused_option() {
       return Refusal{Message::minimum_phase_refused, *reason};
     return std::nullopt;
   }
-  if (design_state.CompensationOption) return Refusal{Message::iir_compensation_not_available, ""};
   if (!design_state.PhaseEqualizationOption) return std::nullopt;
   if (const auto reason = equalizer_refusal(design_state)) return Refusal{Message::phase_equalizer_refused, *reason};
   return std::nullopt;
@@ -262,6 +264,7 @@ void begin_record(double sampling_frequency) {
   status = 0;
   design_notes.clear();
   r.delay = {};
+  r.compensation = {};
   r.loaded = *current_spec;
   r.loaded.sampling_frequency = sampling_frequency;
   r.loaded.sampling_period = two_pi / sampling_frequency;

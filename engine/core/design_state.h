@@ -138,6 +138,13 @@ struct DelayResult {
   double constant; // mean of the largest and the smallest: delay of an equalized filter, or above the function points
 };
 
+/// What the sections attain that compensate an IIR design; gains in dB.
+struct CompensationResult {
+  std::int32_t sections; // 0: the design has none
+  double droop;          // largest over smallest gain of the droop in the passbands
+  double residual;       // the same of droop and sections together
+};
+
 /// Everything that belongs to one design or analysis. Its specification copies have the run's frequencies: `loaded` as
 /// the user gave them, `spec` with a sampling frequency of 2 pi. Result entries carry the true sampling rate.
 struct DesignRecord {
@@ -160,6 +167,7 @@ struct DesignRecord {
   IirForms z_quantized;      // scaled and quantized: what analysis, files and generators use
   std::int8_t realization;   // RealizationForm
   DelayResult delay;
+  CompensationResult compensation;
   QuantizationResult noise;
 };
 static_assert(std::is_trivially_copyable_v<DesignRecord>);

@@ -35,7 +35,7 @@ namespace brisel {
   X(order_out_of_limits, 903)                                                                                          \
   X(compensation_null, 904)                                                                                            \
   X(phase_equalizer_refused, 905)                                                                                      \
-  X(iir_compensation_not_available, 906)                                                                               \
+  X(iir_compensation_refused, 906)                                                                                     \
   X(minimum_phase_refused, 907)                                                                                        \
   X(group_delay_refused, 908)                                                                                          \
   X(write_failed, 909)                                                                                                 \

@@ -2,6 +2,8 @@
 
 #include "engine/core/code_tables.h"
 
+#include <algorithm>
+
 namespace brisel {
 
 namespace {
@@ -47,6 +49,15 @@ std::vector<FrequencyBand> stopbands(const FilterSpec &spec) {
   default:
     return {};
   }
+}
+
+std::vector<FrequencyBand> transition_bands(const FilterSpec &spec) {
+  std::vector<FrequencyBand> all = passbands(spec), gaps;
+  const std::vector<FrequencyBand> stop = stopbands(spec);
+  all.insert(all.end(), stop.begin(), stop.end());
+  std::sort(all.begin(), all.end(), [](const FrequencyBand &a, const FrequencyBand &b) { return a.low < b.low; });
+  for (std::size_t i = 1; i < all.size(); i++) gaps.push_back({all[i - 1].high, all[i].low});
+  return gaps;
 }
 
 } // namespace brisel

@@ -15,4 +15,7 @@ struct FrequencyBand {
 std::vector<FrequencyBand> passbands(const FilterSpec &spec);
 std::vector<FrequencyBand> stopbands(const FilterSpec &spec);
 
+/// What lies between passbands and stopbands.
+std::vector<FrequencyBand> transition_bands(const FilterSpec &spec);
+
 } // namespace brisel

@@ -113,6 +113,19 @@ void append_analog_functions(std::string &out, const DesignRecord &r) {
   }
 }
 
+void append_compensation(std::string &out, const DesignRecord &r) {
+  if (!r.selections.CompensationOption) return;
+  appendf(out, "%sCOMPENSATION TYPE:   ", heading.c_str());
+  if (r.selections.CompensationType) {
+    out += "COMB FILTER COMPENSATION\n";
+    appendf(out, "%sDIFFERENTIAL DELAY%3d\n", heading.c_str(), r.selections.CompensationDifferentialDelay);
+    appendf(out, "%sRATE CHANGE       %3d\n", heading.c_str(), r.selections.CompensationRateChange);
+    appendf(out, "%sNUMBER OF STAGES  %3d\n", heading.c_str(), r.selections.CompensationNumberOfStages);
+  } else {
+    out += "SIN(X)/X\n";
+  }
+}
+
 } // namespace
 
 std::string format_fir_report(const DesignRecord &r) {
@@ -124,17 +137,7 @@ std::string format_fir_report(const DesignRecord &r) {
   else if (is_fir_method(method))
     appendf(out, "%sFILTER DESIGN METHOD: %s\n", heading.c_str(), design_methods[method].name.data());
   appendf(out, "%sFILTER LENGTH: %d\n", heading.c_str(), r.fir.length);
-  if (r.selections.CompensationOption) {
-    appendf(out, "%sCOMPENSATION TYPE:   ", heading.c_str());
-    if (r.selections.CompensationType) {
-      out += "COMB FILTER COMPENSATION\n";
-      appendf(out, "%sDIFFERENTIAL DELAY%3d\n", heading.c_str(), r.selections.CompensationDifferentialDelay);
-      appendf(out, "%sRATE CHANGE       %3d\n", heading.c_str(), r.selections.CompensationRateChange);
-      appendf(out, "%sNUMBER OF STAGES  %3d\n", heading.c_str(), r.selections.CompensationNumberOfStages);
-    } else {
-      out += "SIN(X)/X\n";
-    }
-  }
+  append_compensation(out, r);
   appendf(out, "\n%sIMPULSE COEFFICIENTS PRIOR TO QUANTIZATION\n", heading.c_str());
   const FirEntry &designed = r.fir_designed;
   const int stored = designed.fir_type <= 1 && !r.selections.MinimumPhaseType ? designed.unique_count : designed.length;
@@ -162,6 +165,11 @@ std::string format_iir_report(const DesignRecord &r) {
   if (designed) appendf(out, "%sFILTER DESIGN METHOD:      %s\n", heading.c_str(), mapping.name.data());
   appendf(out, "%sFILTER REALIZATION METHOD: %s\n", heading.c_str(),
           realization_names[realization_forms[r.realization].report_code].data());
+  if (designed && r.selections.CompensationOption) {
+    append_compensation(out, r);
+    appendf(out, "%sCOMPENSATION:              %d SECTION%s, RESIDUAL %.6g dB\n", heading.c_str(),
+            r.compensation.sections, r.compensation.sections == 1 ? "" : "S", r.compensation.residual);
+  }
   if (designed && r.delay.sections > 0) {
     const bool filter = r.selections.filter_type != code(FilterType::arbitrary_group_delay);
     appendf(out, "%s%s%d ALL-PASS SECTIONS, DELAY RIPPLE %.6g SAMPLES\n", heading.c_str(),

@@ -37,6 +37,13 @@ double compensation_factor(const Compensation &compensation, double w) {
   return 1;
 }
 
+double compensation_db(const Compensation &compensation, double w) {
+  Compensation stage = compensation;
+  stage.stages = 1;
+  const int stages = compensation.type == CompensationCurve::comb ? compensation.stages : 1;
+  return stages * 20 * std::log10(compensation_factor(stage, w));
+}
+
 std::optional<double> comb_null(const Compensation &compensation, double lower, double upper) {
   if (!compensation.on || compensation.type != CompensationCurve::comb) return std::nullopt;
   // Nulls at the multiples of 2 pi / D; the one at 0 belongs to the passband of the comb. Edges that meet a null up to

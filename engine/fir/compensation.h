@@ -1,4 +1,4 @@
-// compensation.h - the gain by which a FIR filter undoes the droop of what stands before or behind it.
+// compensation.h - the gain by which a filter undoes the droop of what stands before or behind it.
 #pragma once
 
 #include <optional>
@@ -29,6 +29,8 @@ std::optional<Compensation> make_compensation(bool on, int type, int rate_change
 /// of a comb (CIC) decimator seen at its output rate [Hogenauer81]. Infinite at a null of the comb. [Hogenauer81] E. B.
 /// Hogenauer, An economical class of digital filters for decimation and interpolation, IEEE Trans. ASSP-29 (1981).
 double compensation_factor(const Compensation &compensation, double w);
+/// The same in dB, also where the factor is beyond the range of a double.
+double compensation_db(const Compensation &compensation, double w);
 
 /// The lowest null of the comb in [lower, upper], radians per sample. No finite gain undoes it, so a band of nonzero
 /// gain must not contain one.

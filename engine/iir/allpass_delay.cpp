@@ -10,11 +10,12 @@
 // small by linear programs: the errors at their extremes, linear in the unknowns for so far as a step may go
 // [Madsen75]. (The family has no Haar condition, so that alternating extremes alone do not show a best approximation.)
 //
-// [Deczky72] A. G. Deczky, Synthesis of recursive digital filters using the minimum p-error criterion, IEEE Trans.
-// AU-20, 1972. [Madsen75] K. Madsen, An algorithm for minimax solution of overdetermined systems of non-linear
-// equations, J. Inst. Maths Applics 16, 1975. [Mehrotra92] S. Mehrotra, On the implementation of a primal-dual interior
-// point method, SIAM J. Optimization 2, 1992.
+// [Deczky72]: see least_power.h. [Madsen75] K. Madsen, An algorithm for minimax solution of overdetermined systems of
+// non-linear equations, J. Inst. Maths Applics 16, 1975. [Mehrotra92] S. Mehrotra, On the implementation of a
+// primal-dual interior point method, SIAM J. Optimization 2, 1992.
 #include "engine/iir/allpass_delay.h"
+
+#include "engine/iir/least_power.h"
 
 #include <Eigen/Dense>
 
@@ -137,64 +138,26 @@ private:
   double constant;
 };
 
-Vector errors(const Trial &trial, const Grid &grid) {
-  Vector e(static_cast<Eigen::Index>(grid.places.size()));
-  const Approximation now(trial);
-  for (std::size_t i = 0; i < grid.places.size(); i++) e[static_cast<Eigen::Index>(i)] = now.error(grid.places[i]);
-  return e;
-}
+struct GridErrors {
+  const Grid &grid;
 
-double power_sum(const Vector &e, const Grid &grid, double unit, double p) {
-  double sum = 0;
-  for (std::size_t i = 0; i < grid.weight.size(); i++)
-    sum += grid.weight[i] * std::pow(std::abs(e[static_cast<Eigen::Index>(i)]) / unit, p);
-  return sum;
-}
-
-// Makes the sum of the p-th powers smaller until steps no longer do.
-void reduce_power_sum(Trial &trial, const Grid &grid, double p, int most_steps, double least_gain) {
-  const Eigen::Index n = trial.unknowns(), count = static_cast<Eigen::Index>(grid.places.size());
-  double damping = 1e-3;
-  Matrix slopes(n, count);
-  Vector e(count), gradient(n);
-  for (int step = 0; step < most_steps; step++) {
+  Vector operator()(const Trial &trial) const {
+    Vector e(static_cast<Eigen::Index>(grid.places.size()));
     const Approximation now(trial);
-    for (Eigen::Index i = 0; i < count; i++) e[i] = now.error(grid.places[static_cast<std::size_t>(i)], slopes.col(i));
-    const double unit = e.cwiseAbs().maxCoeff();
-    if (!(unit > 0) || !std::isfinite(unit)) return;
-    const double before = power_sum(e, grid, unit, p);
-    Vector load(count);
-    for (Eigen::Index i = 0; i < count; i++) {
-      const double part = std::abs(e[i]) / unit, weight = grid.weight[static_cast<std::size_t>(i)];
-      const double curve = p <= 2 ? weight : weight * std::pow(part, p - 2);
-      load[i] = std::sqrt(curve * (p - 1)) / unit;
-      e[i] = curve * e[i] / unit / unit;
-    }
-    gradient.noalias() = slopes * e;
-    slopes.array().rowwise() *= load.transpose().array();
-    Matrix curvature = Matrix::Zero(n, n);
-    curvature.selfadjointView<Eigen::Lower>().rankUpdate(slopes);
-    const Vector diagonal = curvature.diagonal();
-    bool better = false;
-    double after = before;
-    for (int attempt = 0; attempt < 12 && !better; attempt++) {
-      curvature.diagonal() = diagonal * (1 + damping) + Vector::Constant(n, 1e-14 * diagonal.maxCoeff());
-      Vector move = -curvature.selfadjointView<Eigen::Lower>().ldlt().solve(gradient);
-      double longest = 0; // of the moves of the poles; the constant may go as far as it wants
-      for (Eigen::Index i = 0; i + 1 < n; i++) longest = std::max(longest, std::abs(move[i]));
-      if (std::isfinite(longest)) {
-        if (longest > 1) move /= longest;
-        const Trial moved = trial.moved(move);
-        after = power_sum(errors(moved, grid), grid, unit, p);
-        if (after < before) {
-          trial = moved;
-          better = true;
-        }
-      }
-      damping = better ? std::max(damping / 5, 1e-9) : damping * 4;
-    }
-    if (!better || before - after < least_gain * before) return;
+    for (std::size_t i = 0; i < grid.places.size(); i++) e[static_cast<Eigen::Index>(i)] = now.error(grid.places[i]);
+    return e;
   }
+  Vector operator()(const Trial &trial, Matrix &slopes) const {
+    Vector e(static_cast<Eigen::Index>(grid.places.size()));
+    const Approximation now(trial);
+    for (Eigen::Index i = 0; i < e.size(); i++)
+      e[i] = now.error(grid.places[static_cast<std::size_t>(i)], slopes.col(i));
+    return e;
+  }
+};
+
+void reduce_power_sum(Trial &trial, const Grid &grid, double p, int most_steps, double least_gain) {
+  brisel::reduce_power_sum(trial, GridErrors{grid}, grid.weight, p, most_steps, least_gain);
 }
 
 // Signed extremes of the error, in order, their places between those of the grid.
@@ -204,7 +167,7 @@ struct Extreme {
   std::size_t nearest; // place of the grid
 };
 std::vector<Extreme> extremes(const DelayGoal &goal, const Trial &trial, const Grid &grid) {
-  const Vector e = errors(trial, grid);
+  const Vector e = GridErrors{grid}(trial);
   const Approximation now(trial);
   std::vector<Extreme> found;
   const std::size_t count = grid.places.size();
@@ -250,7 +213,7 @@ struct Range {
 // Smallest and largest error; of a curve without a turn between two places, those at the places. Not finite when one
 // of the errors is not.
 Range error_range(const DelayGoal &goal, const Trial &trial, const Grid &grid) {
-  const Vector e = errors(trial, grid);
+  const Vector e = GridErrors{grid}(trial);
   if (!e.allFinite()) return {-HUGE_VAL, HUGE_VAL};
   Range range{e.minCoeff(), e.maxCoeff()};
   for (const Extreme &x : extremes(goal, trial, grid)) {
@@ -467,10 +430,11 @@ std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm no
   for (Trial &trial : starts) {
     for (double lower = 2; lower < power; lower *= 2) reduce_power_sum(trial, coarse, lower, 40, 1e-4);
     reduce_power_sum(trial, coarse, power, 60, 1e-4);
-    const Vector e = errors(trial, coarse);
+    const Vector e = GridErrors{coarse}(trial);
     const double size = e.cwiseAbs().maxCoeff();
     if (std::isfinite(size))
-      candidates.push_back({trial, size * std::pow(power_sum(e, coarse, std::max(size, 1e-300), power), 1 / power)});
+      candidates.push_back(
+          {trial, size * std::pow(power_sum(e, coarse.weight, std::max(size, 1e-300), power), 1 / power)});
     if (!progress(0.5 * static_cast<double>(candidates.size()) / static_cast<double>(starts.size())))
       return std::nullopt;
   }

@@ -4,6 +4,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "engine/iir/allpass_delay.h"
+#include "engine/iir/cascade_tail.h"
 
 #include <algorithm>
 #include <cmath>
@@ -56,24 +57,13 @@ std::optional<DelayDesign> solve(const DelayGoal &goal, double ripple, int most)
                                    : fewest_allpass_sections(goal, ripple, most, norm, p, go_on);
 }
 
-void append_sections(const std::vector<AllpassSection> &sections, SectionEntry &cascade) {
-  for (const AllpassSection &s : sections) {
-    const auto at = static_cast<std::size_t>(cascade.section_count++);
-    cascade.numerators[at] = {s.a2, s.a1, 1};
-    cascade.denominators[at] = {1, s.a1, s.a2};
-    cascade.order += 2;
-  }
-}
-
 // Solves, appends and tells; `subject` begins the note.
 bool append_solution(const DelayGoal &goal, double asked, Message failure, const char *subject) {
   DesignRecord &r = design_record;
-  const int room = std::min(max_sections - r.z.cascade.section_count, (max_order - r.z.cascade.order) / 2);
+  const int room = section_room(r.z.cascade);
   const int least = std::max<int>(r.selections.delay_sections, 1), most = std::min(room, max_delay_sections);
   if (room < least) {
-    post_message(failure, formatf("a filter of order %d leaves no room for %d all-pass section%s below the limit of "
-                                  "order %d",
-                                  r.z.cascade.order, least, least == 1 ? "" : "s", max_order));
+    post_message(failure, no_room(r.z.cascade, least, "all-pass"));
     return false;
   }
   const auto found = solve(goal, asked, most);
@@ -83,7 +73,7 @@ bool append_solution(const DelayGoal &goal, double asked, Message failure, const
     return false;
   }
   const int count = static_cast<int>(found->sections.size());
-  append_sections(found->sections, r.z.cascade);
+  for (const AllpassSection &s : found->sections) append_section(r.z.cascade, {s.a2, s.a1, 1}, {1, s.a1, s.a2});
   r.delay = {count, asked, unequalized_ripple(goal), found->ripple, found->constant};
   trace("\n %s %d sections, delay ripple %g samples, constant %g\n", subject, count, found->ripple, found->constant);
   std::string note = formatf("%s %d all-pass section%s, delay ripple %.4g samples, ", subject, count,

@@ -12,6 +12,7 @@
 #include "engine/iir/bessel_prototype.h"
 #include "engine/iir/bilinear_map.h"
 #include "engine/iir/cascade_gain.h"
+#include "engine/iir/compensate_cascade.h"
 #include "engine/iir/delay_design.h"
 #include "engine/iir/digital_transform.h"
 #include "engine/iir/elliptic_prototype.h"
@@ -265,8 +266,11 @@ static bool complete_forms(RealizationForm source, AcceptPoles accepted) {
   return true;
 }
 
-// The equalizer behind the filter's cascade, which is made of its partial fractions where these came first.
-static bool equalize(DesignRecord &r, RealizationForm &source) {
+// Compensation and equalizer behind the filter's cascade, which is made of its partial fractions where these came
+// first.
+static bool append_stages(DesignRecord &r, RealizationForm &source, const CompensationPlan &compensation) {
+  const bool compensated = is_active(compensation.droop), equalized = r.selections.PhaseEqualizationOption;
+  if (!compensated && !equalized) return true;
   if (source == RealizationForm::parallel) {
     int dropped_delay = 0;
     if (!parallel_to_cascade(Domain::z, r.z.parallel, r.z.cascade, dropped_delay))
@@ -274,16 +278,25 @@ static bool equalize(DesignRecord &r, RealizationForm &source) {
     note_dropped_delay(dropped_delay);
     source = RealizationForm::cascade;
   }
-  return equalize_phase();
+  if (compensated) {
+    if (!compensate_cascade(compensation)) return false;
+    list(" Z Domain Unnormalized: cascaded - compensation\n", r.z.cascade);
+  }
+  return !equalized || equalize_phase();
 }
 
-bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp) {
+static bool digitize(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp,
+                     const CompensationPlan &compensation) {
   DesignRecord &r = design_record;
   const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
   if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method, prewarp))) return false;
   RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
-  if (designed && r.selections.PhaseEqualizationOption && !equalize(r, source)) return false;
+  if (designed && !append_stages(r, source, compensation)) return false;
   return complete_forms(source, accepted);
+}
+
+bool digitize_analog(ZTransform method, AcceptPoles accepted, const Prewarp &prewarp) {
+  return digitize(method, accepted, prewarp, {});
 }
 
 bool design_group_delay_filter() {
@@ -300,7 +313,6 @@ bool design_iir_sections() {
   // A system that was analysed before may have kept its gain there; a design never does.
   for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z})
     forms->cascade.keep_gain = forms->parallel.keep_gain = 0;
-  if (selections.CompensationOption) return refuse(Message::iir_compensation_not_available);
   if (selections.analog_type < 0 || selections.analog_type >= static_cast<int>(analog_prototypes.size()) ||
       selections.ZTransformMethod < 0 || method >= ZTransform::s_domain_only ||
       spec.type < code(FilterType::low_pass) || spec.type > code(FilterType::band_stop))
@@ -314,7 +326,11 @@ bool design_iir_sections() {
   const int order = accepted_order(spec, selections, k);
   if (order == 0) return false;
 
-  const auto [wp, approximate] = design_analog_prototype(family, spec, method, order, r.s_normalized.cascade);
+  const auto compensation = plan_compensation();
+  if (!compensation) return false;
+  FilterSpec planned = spec;
+  planned.passband_ripple = ripple_beside(*compensation, spec.passband_ripple);
+  const auto [wp, approximate] = design_analog_prototype(family, planned, method, order, r.s_normalized.cascade);
   r.wp = wp;
   if (approximate)
     design_notes.push_back(
@@ -336,7 +352,7 @@ bool design_iir_sections() {
   dump(normalized.lattice);
 
   transform_analog_lowpass(normalized.cascade, r.s_unnormalized.cascade, spec, method, wp);
-  return digitize_analog(method, AcceptPoles::inside_only);
+  return digitize(method, AcceptPoles::inside_only, {}, *compensation);
 }
 
 } // namespace brisel

@@ -78,11 +78,17 @@ cIirDesignDialogImpl::cIirDesignDialogImpl(QWidget *parent) : SequencePage(paren
   begin();
 }
 
-// The path concerns one method only.
+// The path concerns one method only, and a group delay filter is all-pass: it compensates nothing and needs no
+// equalizer.
 void cIirDesignDialogImpl::read() {
   const bool impulse_invariant = chosen_button(*this, "Method") == code(ZTransform::impulse_invariant);
   pPath0_Button->setEnabled(impulse_invariant);
   pPath1_Button->setEnabled(impulse_invariant);
+  const bool group_delay =
+      iir_types[static_cast<std::size_t>(chosen_button(*this, "Type"))] == FilterType::arbitrary_group_delay;
+  for (QRadioButton *choice :
+       {pEqualization0_Button, pEqualization1_Button, pCompensation0_Button, pCompensation1_Button})
+    choice->setEnabled(!group_delay);
 }
 
 void cIirDesignDialogImpl::store() {
@@ -92,7 +98,7 @@ void cIirDesignDialogImpl::store() {
   design_state.filter_type = code(iir_types[static_cast<std::size_t>(chosen_button(*this, "Type"))]);
   design_state.FrequencyMode = static_cast<std::uint8_t>(chosen_button(*this, "Mode"));
   design_state.PhaseEqualizationOption = static_cast<std::uint8_t>(chosen_button(*this, "Equalization"));
-  design_state.CompensationOption = static_cast<std::uint8_t>(chosen_button(*this, "Compensation"));
+  design_state.CompensationOption = pCompensation1_Button->isEnabled() && pCompensation1_Button->isChecked();
 }
 
 } // namespace brisel

@@ -15,7 +15,7 @@ using Complex = std::complex<double>;
 class Methods : public testing::Test {
 protected:
   Methods() {
-    for (const char *name : {"lowpass", "bandpass", "hilbert"})
+    for (const char *name : {"lowpass", "bandpass", "hilbert", "group-delay"})
       shop.write(std::string(name) + ".spc", example(std::string(name) + ".spc"));
   }
   Json design(const std::string &arguments) {
@@ -57,6 +57,49 @@ TEST_F(Methods, EveryFirMethodDesignsAndQuantizes) {
             "antisymmetric");
 }
 
+TEST_F(Methods, ACompensatedIirFilterIsFlatBehindItsDroop) {
+  // A hold of one sample, and a comb as the mean of its 16 input samples, four times over.
+  const auto mean = [](int points, double step) {
+    Complex sum = 0;
+    for (int i = 0; i < points; i++) sum += std::polar(1.0, i * step);
+    return std::abs(sum) / points;
+  };
+  for (const bool comb : {false, true}) {
+    const std::string options = comb ? "--compensation comb --rate-change 16 --stages 4" : "--compensation sinc";
+    const Json whole = design("lowpass.spc --realization lattice --report r.txt --frequency-points 601 " + options);
+    const Json &told = whole["iir"]["compensation"];
+    EXPECT_EQ(told["curve"], comb ? "comb" : "sinc");
+    EXPECT_EQ(told.contains("stages"), comb);
+    EXPECT_EQ(told["sections"], 1);
+    EXPECT_EQ(whole["iir"]["order"], design("lowpass.spc")["iir"]["order"].get<int>() + 2);
+    const Json &responses = whole["responses"];
+    double low = 1e9, high = 0;
+    for (std::size_t i = 0; responses["frequency"][i] <= 1200; i++) {
+      const double w = 2 * std::numbers::pi * responses["frequency"][i].get<double>() / 8000;
+      const double droop = comb ? std::pow(mean(16, w / 16), 4) : mean(1000, w / 1000);
+      const double gain = responses["magnitude"][i].get<double>() * droop;
+      low = std::min(low, gain);
+      high = std::max(high, gain);
+    }
+    EXPECT_LE(20 * std::log10(high / low), 0.1 * (1 + 1e-4)) << options;
+    EXPECT_LT(told["residual"], 0.01);
+    EXPECT_NEAR(told["droop"].get<double>(), comb ? 1.2905 : 0.3239, 1e-4);
+    const std::string report = shop.read("r.txt");
+    EXPECT_NE(report.find(comb ? "COMPENSATION TYPE:   COMB FILTER COMPENSATION\n" : "COMPENSATION TYPE:   SIN(X)/X\n"),
+              report.npos);
+    EXPECT_NE(report.find("COMPENSATION:              1 SECTION, RESIDUAL 0.00"), report.npos);
+    const Outcome summary = shop.run("design lowpass.spc " + options);
+    EXPECT_EQ(summary.out.find("missed"), summary.out.npos) << summary.out;
+    for (const char *part :
+         {"Bilinear Transformation, compensation\nOrder 9", "compensation residual", "behind the filter"})
+      EXPECT_NE(summary.out.find(part), summary.out.npos) << summary.out;
+  }
+  // FIR filters tell the curve too.
+  EXPECT_EQ(design("lowpass.spc --method window --compensation sinc")["fir"]["compensation"],
+            Json::parse(R"({"curve": "sinc"})"));
+  EXPECT_FALSE(design("lowpass.spc")["iir"].contains("compensation"));
+}
+
 TEST_F(Methods, TheSummaryShowsTheQuantizedFilterBesideTheExactOne) {
   const Outcome outcome = shop.run("design lowpass.spc --method window --quantize fixed --bits 6");
   EXPECT_NE(outcome.out.find("attained  quantized"), std::string::npos) << outcome.out;
@@ -93,7 +136,9 @@ TEST_F(Methods, OptionsWithoutMeaningAreRefused) {
            Row{"lowpass.spc --method equiripple --window kaiser", "--window: has no meaning for method equiripple"},
            Row{"lowpass.spc --method equiripple --order 5", "--order: has no meaning"},
            Row{"lowpass.spc --length 5", "--length: has no meaning for method iir"},
-           Row{"lowpass.spc --compensation sinc", "--compensation: has no meaning for method iir"},
+           Row{"lowpass.spc --compensation sinc --stages 2", "--stages: needs --compensation comb"},
+           Row{"group-delay.spc --compensation sinc",
+               "--compensation: has no meaning for a filter of type ARBITRARY GROUP DELAY"},
            Row{"lowpass.spc --scaling half", "--scaling: has no meaning for method iir"},
            Row{"lowpass.spc --method window --bits 12", "--bits: needs --quantize"},
            Row{"lowpass.spc --method window --quantize floating --scaling one", "--scaling: needs --quantize fixed"},

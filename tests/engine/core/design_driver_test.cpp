@@ -126,12 +126,13 @@ TEST(DesignRun, RefusesWhatIsImpossibleOrMissingBeforeItStarts) {
       {"edges", [] { current_spec->stopband_edge[0] = current_spec->passband_edge[0]; },
        Message::impossible_specification},
       {"length", [] { current_spec->length = 50001; }, Message::length_out_of_limits},
-      {"compensation of an IIR filter",
+      {"compensation of an all-pass filter",
        [] {
+         EXPECT_EQ(load_filter_spec(examples + "group-delay.spc"), success);
          design_state.DesignOrAnalysisType = 0;
          design_state.CompensationOption = 1;
        },
-       Message::iir_compensation_not_available},
+       Message::iir_compensation_refused},
       {"phase equalizer without sections",
        [] {
          design_state.DesignOrAnalysisType = 0;

@@ -355,7 +355,6 @@ TEST_F(DesignIirSections, RefusesWhatCannotBeDesigned) {
        "attenuation"},
       {"no such prototype", [&] { s.analog_type = 5; }, Message::method_not_available, ""},
       {"no such mapping", [&] { s.ZTransformMethod = 3; }, Message::method_not_available, ""},
-      {"compensation", [&] { s.CompensationOption = 1; }, Message::iir_compensation_not_available, ""},
       {"partial fractions of order 120", [&] { s.analog_type = 0, s.order = 120, s.ZTransformMethod = 1; },
        Message::partial_fractions_lost, ""},
       {"a ratio of order 100",
