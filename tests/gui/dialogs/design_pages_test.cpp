@@ -305,5 +305,48 @@ TEST_F(DesignPagesTest, TheDesignMenuBeginsWithItsSelections) {
   EXPECT_EQ(design_record.z.cascade.section_count, 4);
 }
 
+TEST_F(DesignPagesTest, CompensationIsOfferedToWhatHasAPassband) {
+  steps = {[](QDialog &dialog) {
+             click(dialog, "pCompensation1_Button");
+             click(dialog, "pType4_Button"); // group delay
+             for (const char *name :
+                  {"pCompensation0_Button", "pCompensation1_Button", "pEqualization0_Button", "pEqualization1_Button"})
+               EXPECT_FALSE(dialog.findChild<QRadioButton *>(name)->isEnabled()) << name;
+             click(dialog, "pType1_Button");
+             EXPECT_TRUE(dialog.findChild<QRadioButton *>("pCompensation1_Button")->isEnabled());
+             EXPECT_TRUE(dialog.findChild<QRadioButton *>("pCompensation1_Button")->isChecked());
+             click(dialog, "pType4_Button");
+             next(dialog);
+           },
+           cancel};
+  window->Design_IIR();
+  EXPECT_EQ(seen, (QStringList{"cIirDesignDialog", "cArbGDSpec1Dialog"}));
+
+  // Cancelled, the choice is what it was; gone through, a group delay filter has none.
+  walk({[](QDialog &dialog) {
+          click(dialog, "pCompensation1_Button");
+          click(dialog, "pType1_Button");
+          next(dialog);
+        },
+        next, next,
+        [](QDialog &dialog) {
+          click(dialog, "pComb_Button");
+          type(dialog, "pDelay_Edit", "2");
+          next(dialog);
+        }});
+  window->Design_IIR();
+  EXPECT_EQ(seen, (QStringList{"cIirDesignDialog", "cLowHighSpecDialog", "cIirOrderEstDialog", "cCompSpecDialog"}));
+  EXPECT_FALSE(design_record.valid) << "a comb of delay 2 has a null at half the sampling frequency";
+  EXPECT_TRUE(dialogs.messages.join("").contains("null at")) << dialogs.messages.join("; ").toStdString();
+  walk({next, next, next, [](QDialog &dialog) {
+          EXPECT_EQ(text_in(dialog, "pDelay_Edit"), "2");
+          click(dialog, "pSinc_Button");
+          next(dialog);
+        }});
+  window->Design_IIR();
+  ASSERT_TRUE(design_record.valid) << dialogs.messages.join("; ").toStdString();
+  EXPECT_GT(design_record.compensation.sections, 0);
+}
+
 } // namespace
 } // namespace brisel

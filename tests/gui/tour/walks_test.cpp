@@ -99,11 +99,12 @@ const std::vector<TypeRow> &types() {
 }
 
 struct MethodRow {
-  int position;               // in the Design menu
-  std::vector<Entry> design;  // on the first page: buttons, "" for a click
-  const char *page;           // of the method; a type has its own where it has no estimates
-  std::vector<Entry> entries; // there
-  const char *options;        // of the batch command
+  int position;                    // in the Design menu
+  std::vector<Entry> design;       // on the first page: buttons, "" for a click
+  const char *page;                // of the method; a type has its own where it has no estimates
+  std::vector<Entry> entries;      // there
+  const char *options;             // of the batch command
+  std::vector<WalkPage> more = {}; // pages after that
 };
 
 class WalksTest : public WorkstationTest {
@@ -197,6 +198,7 @@ protected:
     first_page = pages.size();
     pages.insert(pages.end(), type.pages.begin(), type.pages.end());
     pages.push_back({method.page, method.entries});
+    pages.insert(pages.end(), method.more.begin(), method.more.end());
     page = 0;
     went_back = false;
     dialogs.messages.clear();
@@ -278,6 +280,47 @@ TEST_F(WalksTest, EveryFirMethodOfEveryTypeEqualsTheBatchJob) {
          {3, {}, page_of_others, {{"pLength_Edit", "31"}}, "--method linear-programming --length 31"});
   }
   EXPECT_GE(compared, 25);
+}
+
+TEST_F(WalksTest, CompensatedAndEqualizedIirDesignsEqualTheBatchJob) {
+  const Entry yes{"pCompensation1_Button", ""}, no{"pCompensation0_Button", ""};
+  const WalkPage hold{"cCompSpecDialog", {{"pSinc_Button", ""}}};
+  const WalkPage comb{"cCompSpecDialog",
+                      {{"pComb_Button", ""}, {"pRate_Edit", "16"}, {"pDelay_Edit", "1"}, {"pStages_Edit", "4"}}};
+  const MethodRow rows[] = {
+      {0,
+       {yes, {"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype3_Button", ""}},
+       "--prototype elliptic --compensation sinc",
+       {hold}},
+      {0,
+       {yes, {"pMethod2_Button", ""}, {"pRealization1_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype1_Button", ""}, {"pOrder_Edit", "8"}},
+       "--prototype tschebyscheff --order 8 --mapping matched-z --realization parallel --compensation comb "
+       "--rate-change 16 --stages 4",
+       {comb}},
+      {0,
+       {yes, {"pEqualization1_Button", ""}, {"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype3_Button", ""}, {"pOrder_Edit", "6"}},
+       "--prototype elliptic --order 6 --compensation sinc --phase-equalizer 2",
+       {hold, {"cPhaseEQDialog", {{"pNumSections_Edit", "2"}, {"pDesignMethod_Box", "2"}}}}},
+      {0,
+       {no, {"pEqualization0_Button", ""}},
+       "cIirOrderEstDialog",
+       {{"pPrototype3_Button", ""}, {"pOrder_Edit", "6"}},
+       "--prototype elliptic --order 6"},
+  };
+  for (const TypeRow &type : types()) {
+    if (type.iir_button < 0) continue;
+    for (const MethodRow &row : rows) {
+      walk(type, type.iir_button, row);
+      EXPECT_EQ(design_record.compensation.sections > 0, !row.more.empty()) << type.name << row.options;
+    }
+  }
+  EXPECT_EQ(compared, 16);
 }
 
 TEST_F(WalksTest, EveryIirPrototypeMappingAndRealizationEqualsTheBatchJob) {
