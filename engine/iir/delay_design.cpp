@@ -14,7 +14,6 @@ namespace brisel {
 
 namespace {
 
-constexpr double pi = std::numbers::pi;
 constexpr int start_norm = 10; // of the least p-th method while none is set
 
 // What a polynomial in z^-1 delays, in samples.
