@@ -4,7 +4,7 @@
 #include "batch/units.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
-#include "engine/fir/compensation.h"
+#include "engine/fir/run_selections.h"
 #include "engine/iir/delay_design.h"
 
 #include <nlohmann/json.hpp>
@@ -46,8 +46,7 @@ std::string_view symmetry_name(const FirEntry &fir) {
 void add_compensation(Json &out) {
   const DesignState &chosen = design_record.selections;
   if (chosen.DesignOrAnalysisType > code(DesignMethod::least_squares) || !chosen.CompensationOption) return;
-  const auto compensation = make_compensation(true, chosen.CompensationType, chosen.CompensationRateChange,
-                                              chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages);
+  const auto compensation = selected_compensation();
   if (!compensation || !is_active(*compensation)) return;
   Json &found = out["compensation"];
   if (compensation->type == CompensationCurve::sinc)

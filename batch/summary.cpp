@@ -8,6 +8,7 @@
 #include "engine/core/design_state.h"
 #include "engine/core/problem_description.h"
 #include "engine/files/text_file.h"
+#include "engine/fir/run_selections.h"
 #include "engine/iir/delay_design.h"
 
 #include <algorithm>
@@ -170,11 +171,8 @@ Sampler sampler_of(const IirForms &forms) {
 }
 
 std::string attained_table() {
-  const DesignState &chosen = design_record.selections;
-  const auto compensation =
-      make_compensation(chosen.CompensationOption != 0, chosen.CompensationType, chosen.CompensationRateChange,
-                        chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages);
-  const std::vector<Requirement> wanted = requirements(design_record.spec, compensation.value_or(Compensation{}));
+  const std::vector<Requirement> wanted =
+      requirements(design_record.spec, selected_compensation().value_or(Compensation{}));
   const DelayResult &delay = design_record.delay;
   if (wanted.empty() && delay.sections == 0) return "";
   const bool fir = is_fir_result(), quantized = design_record.quantization.quant != 0;

@@ -6,8 +6,8 @@
 #include "engine/core/spec_bands.h"
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
-#include "engine/fir/compensation.h"
 #include "engine/fir/fir_rounding.h"
+#include "engine/fir/run_selections.h"
 #include "engine/fir/tap_search.h"
 #include "engine/fir/unfold.h"
 
@@ -43,10 +43,7 @@ static void optimize_taps(FirEntry &entry) {
                                    most_searched_taps));
     return;
   }
-  const Compensation compensation =
-      make_compensation(chosen.CompensationOption != 0, chosen.CompensationType, chosen.CompensationRateChange,
-                        chosen.CompensationDifferentialDelay, chosen.CompensationNumberOfStages)
-          .value_or(Compensation{});
+  const Compensation compensation = selected_compensation().value_or(Compensation{});
   goal.desired = [compensation](double w) { return compensation_factor(compensation, w); };
   const double quantum = std::ldexp(1, 1 - settings.ibit);
   const double ripple = std::pow(10, goal.ripple_db / 20) - 1;

@@ -7,7 +7,7 @@
 #include "engine/files/text_file.h"
 #include "engine/fir/halfband.h"
 #include "engine/fir/optimal_length.h"
-#include "engine/fir/window_design.h"
+#include "engine/fir/run_selections.h"
 
 #include <algorithm>
 #include <cmath>

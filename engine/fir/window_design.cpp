@@ -8,6 +8,7 @@
 #include "engine/fir/halfband.h"
 #include "engine/fir/ideal_response.h"
 #include "engine/fir/length_estimate.h"
+#include "engine/fir/run_selections.h"
 #include "engine/fir/windows.h"
 
 #include <unsupported/Eigen/FFT>
@@ -33,24 +34,6 @@ double window_attenuation(const FilterSpec &spec) {
   default:
     return spec.stopband_ripple;
   }
-}
-
-std::optional<Compensation> selected_compensation() {
-  const DesignState &s = design_record.selections;
-  auto compensation = make_compensation(s.CompensationOption, s.CompensationType, s.CompensationRateChange,
-                                        s.CompensationDifferentialDelay, s.CompensationNumberOfStages);
-  if (!compensation)
-    post_message(Message::setting_out_of_limits,
-                 formatf("rate change %d, differential delay %d and number of stages %d of the comb must be at most %d",
-                         s.CompensationRateChange, s.CompensationDifferentialDelay, s.CompensationNumberOfStages,
-                         max_compensation_setting));
-  return compensation;
-}
-
-std::string in_users_unit(double w) {
-  const UnitRow &unit = unit_row(design_record.selections.FrequencyMode);
-  const double rate = design_record.loaded.sampling_frequency;
-  return formatf("%.6g %s", w / two_pi * rate / unit.factor, std::string(unit.dialog_word).c_str());
 }
 
 /// The length to design; nothing, after a message, when it is out of limits.

@@ -2,22 +2,12 @@
 #pragma once
 
 #include "engine/core/records.h"
-#include "engine/fir/compensation.h"
-
-#include <optional>
-#include <string>
 
 namespace brisel {
 
 /// Attenuation in dB that shapes the window: the stopband's; that of the smallest deviation for a multiband filter; 60
 /// for types that have none (differentiator, Hilbert transformer, arbitrary magnitude).
 double window_attenuation(const FilterSpec &spec);
-
-/// The compensation that the design record asks for. Nothing, after a message, when a setting is beyond its limits.
-std::optional<Compensation> selected_compensation();
-
-/// A frequency of the run, radians per sample, in the user's unit and with its name.
-std::string in_users_unit(double w);
 
 /// Designs `spec` (a design run's, sampling frequency 2 pi) into `entry`: ideal half response, window beside it. Takes
 /// compensation and transition width from the design record's selections; a length of 0 is estimated for the window.

@@ -5,7 +5,7 @@
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
-#include "engine/fir/window_design.h"
+#include "engine/fir/run_selections.h"
 #include "engine/iir/cascade_gain.h"
 #include "engine/iir/cascade_tail.h"
 
