@@ -6,11 +6,9 @@
 #include "engine/core/start_up.h"
 #include "engine/files/text_file.h"
 
-#include <csignal>
 #include <cstdio>
-#include <fcntl.h>
+#include <exception>
 #include <new>
-#include <unistd.h>
 
 namespace brisel {
 
@@ -62,23 +60,15 @@ ExitStatus complain(const std::string &text, ExitStatus exit_status) {
 
 } // namespace
 
-/// A closed standard stream would lend its number to the next file that is opened. What takes its place cannot be
-/// written to, so that writing still fails.
-static void occupy_standard_streams() {
-  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++)
-    if (::fcntl(stream, F_GETFD) == -1) ::open("/dev/null", O_RDONLY);
-}
-
 int run_batch(int argc, char **argv) {
-  occupy_standard_streams();
-  // A reader that went away is a write error, not the end of the process between two files.
-  std::signal(SIGPIPE, SIG_IGN);
   try {
     return run(argc, argv);
   } catch (const JobFailure &failure) {
     return complain(failure.what(), failure.exit_status);
   } catch (const std::bad_alloc &) {
     return complain("there is not enough memory for this job", exit_failed);
+  } catch (const std::exception &failure) {
+    return complain(failure.what(), exit_failed);
   }
 }
 

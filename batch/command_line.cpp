@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <variant>
 #include <vector>
 
@@ -405,6 +406,19 @@ bool given(const OptionRow &row, const Job &job) {
   return job.*std::get<Switch>(row.value).place;
 }
 
+/// A file of the kind that was read may take its place, anything else would be a slip that costs the only copy.
+void refuse_to_replace_input(const Job &job) {
+  for (const OptionRow &row : option_rows()) {
+    const auto *output = std::get_if<OutputPath>(&row.value);
+    if (!output || row.value_name != std::string_view("FILE")) continue;
+    if (output->place == &Job::spc || output->place == &Job::flt || output->place == &Job::inp) continue;
+    std::error_code error;
+    if (std::filesystem::is_regular_file(job.input, error) &&
+        std::filesystem::equivalent(job.input, job.*output->place, error))
+      refuse(row, quoted(job.*output->place) + " is the file to read");
+  }
+}
+
 struct CommandRow {
   Command command;
   const char *name;
@@ -551,6 +565,7 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
   if (job.command == Command::none) throw JobFailure(exit_usage, "a command is missing; brisel --help lists them");
   if (job.input.empty() && !job.has(Command::phase_shift))
     throw JobFailure(exit_usage, "the name of the file to read is empty");
+  refuse_to_replace_input(job);
   return std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "batch/outputs.h"
 #include "batch/pictures.h"
 #include "batch/units.h"
+#include "engine/analysis/plot_arrays.h"
 #include "engine/core/design_driver.h"
 #include "engine/core/method_rule.h"
 #include "engine/core/phase_shift_design.h"
@@ -77,6 +78,9 @@ void choose_results(const Job &job, double sampling) {
   if (sampling > 0 && plot_settings.frequency_range[1] > sampling)
     throw JobFailure(exit_usage, formatf("--frequency-range: %g is above the sampling frequency, %g",
                                          (*job.frequency_range)[1], in_user_unit(sampling, design_state.unit_factor)));
+  if (!is_plottable(plot_settings.frequency_range, job.log_frequency))
+    throw JobFailure(exit_usage, formatf("--frequency-range: %g:%g is no range of an axis", (*job.frequency_range)[0],
+                                         (*job.frequency_range)[1]));
   plot_settings.autoreset = 0; // or the run would take its own range
 }
 

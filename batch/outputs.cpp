@@ -32,10 +32,15 @@ bool is_same_file(const std::string &a, const char *b) {
   return std::filesystem::equivalent(a, b, error);
 }
 
+/// Where it leads to, a pipe or a file that is appended to, has been opened already.
+bool names_standard_output(const std::string &path) {
+  return path == standard_output || path == "/dev/stdout" || path == "/dev/fd/1" || path == "/proc/self/fd/1";
+}
+
 } // namespace
 
 void Outputs::add(const std::string &path, std::string content) {
-  if (path == standard_output) {
+  if (names_standard_output(path)) {
     standard_output_taken = true;
     return files.add_standard_output(std::move(content));
   }

@@ -29,10 +29,11 @@ static struct {
 } fir_roots;
 
 // Decades are counted by multiplication, which must neither reach infinity nor zero.
-static bool is_plottable(const Range &range, bool log_axis) {
+bool is_plottable(const Range &range, bool log_axis) {
   constexpr double smallest = 1e-290, largest = 1e290;
   if (!(range[0] < range[1]) || !(std::fabs(range[0]) <= largest) || !(range[1] <= largest)) return false;
-  return !log_axis || (range[1] >= smallest && (range[0] == 0 || range[0] >= smallest));
+  if (range[0] > 0 && range[0] < smallest) return false;
+  return !log_axis || (range[0] >= 0 && range[1] >= smallest);
 }
 
 void init_plot_array() {

@@ -74,6 +74,8 @@ struct PlotDescription {
   std::string_view title, x_label, y_label;
 };
 
+/// Whether frequencies, in any unit, have an axis: ascending, finite, and for a logarithmic one with decades to count.
+bool is_plottable(const Range &range, bool log_axis);
 /// Copies the point counts from the design record's plot settings, clears what belongs to the last response and builds
 /// the frequency grid. `sampling_frequency` in radians per second.
 void init_plot_array();

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <clocale>
 #include <cstdarg>
 #include <cstring>
@@ -245,6 +246,13 @@ std::string resolved(std::string path) {
   return path;
 }
 
+/// Beside `target`, under its name and six characters; the name is cut where the file system allows no longer ones.
+std::string temporary_name(const std::string &target) {
+  constexpr std::size_t longest = NAME_MAX - 7;
+  const std::size_t start = target.rfind('/') + 1; // 0 without a folder
+  return target.substr(0, start) + target.substr(start, longest) + ".XXXXXX";
+}
+
 mode_t default_mode() {
   const mode_t mask = umask(0);
   umask(mask);
@@ -273,19 +281,22 @@ bool FileSet::commit(std::string &why) {
       continue;
     }
     std::string target = resolved(file.path);
-    struct stat information;
-    const bool exists = ::stat(target.c_str(), &information) == 0;
+    struct stat information, of_target;
+    const bool exists = ::stat(file.path.c_str(), &information) == 0;
     if (!exists && errno != ENOENT) return give_up(system_error(file.path, "cannot be written"));
     if (exists && S_ISDIR(information.st_mode)) {
       errno = EISDIR;
       return give_up(system_error(file.path, "cannot be written"));
     }
-    if (exists && !S_ISREG(information.st_mode)) {
+    // A link of the system's own, to a pipe or to a file without a name, cannot be followed by name.
+    const bool named = ::stat(target.c_str(), &of_target) == 0 && of_target.st_ino == information.st_ino &&
+                       of_target.st_dev == information.st_dev;
+    if (exists && (!S_ISREG(information.st_mode) || !named)) {
       through.push_back(&file);
       continue;
     }
     if (exists && ::access(target.c_str(), W_OK) != 0) return give_up(system_error(file.path, "cannot be written"));
-    std::string name = target + ".XXXXXX";
+    std::string name = temporary_name(target);
     const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0) return give_up(system_error(file.path, "cannot be written"));
     pending.push_back({std::move(name), std::move(target), exists});
@@ -300,8 +311,8 @@ bool FileSet::commit(std::string &why) {
     if (!place(p, files.size() > 1)) return give_up(system_error(p.target, "cannot be replaced"));
   for (const File *file : through) {
     const bool standard = file->path.empty();
-    const int descriptor =
-        standard ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3) : ::open(file->path.c_str(), O_WRONLY | O_CLOEXEC);
+    const int descriptor = standard ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)
+                                    : ::open(file->path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     if (descriptor < 0 || !write_and_close(descriptor, file->content))
       return give_up(system_error(standard ? "standard output" : file->path, "cannot be written"));
   }

@@ -235,7 +235,9 @@ std::optional<Vector> linear_program(const Matrix &a, const Vector &b, Vector x)
     const Vector dual = goal + a.transpose() * price, primal = a * x + slack - b, weight = price.cwiseQuotient(slack);
     const double gap = slack.dot(price) / static_cast<double>(m);
     if (gap * static_cast<double>(m) < 1e-11 * scale && dual.cwiseAbs().maxCoeff() < 1e-9) break;
-    const Eigen::LDLT<Matrix> system(a.transpose() * weight.asDiagonal() * a);
+    Matrix normal = Matrix::Zero(n, n);
+    normal.selfadjointView<Eigen::Lower>().rankUpdate(a.transpose() * weight.cwiseSqrt().asDiagonal());
+    const Eigen::LDLT<Matrix> system(normal);
     // `pull` is what slack times price is to become, less what they are.
     const auto direction = [&](const Vector &pull, Vector &dx, Vector &ds, Vector &dp) {
       dx = system.solve(-dual - a.transpose() * (pull.cwiseQuotient(slack) + weight.cwiseProduct(primal)));
@@ -420,23 +422,32 @@ bool is_finite(const Grid &grid) {
   return std::all_of(grid.places.begin(), grid.places.end(), [](const Place &x) { return std::isfinite(x.wanted); });
 }
 
-std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm norm, int p, const Progress &progress) {
+// `enough` is a ripple that would do. The mean p-th power of the error never exceeds its largest value, so a mean well
+// above `enough` shows early that these sections cannot keep it: then the design has no sections and a ripple above
+// `enough`.
+std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm norm, int p, double enough,
+                                  const Progress &progress) {
+  constexpr double margin = 1.5; // the means are those of the best starts, not yet at their smallest
   const Grid coarse = make_grid(goal, static_cast<std::size_t>(200 + 30 * count)),
              fine = make_grid(goal, static_cast<std::size_t>(400 + 100 * count));
   if (!is_finite(fine)) return std::nullopt;
   std::vector<Trial> starts = starts_for(coarse, count, width_of(goal));
   const double power = norm == DelayNorm::least_squares ? 2 : norm == DelayNorm::least_p ? p : 8;
   std::vector<Candidate> candidates;
-  for (Trial &trial : starts) {
-    for (double lower = 2; lower < power; lower *= 2) reduce_power_sum(trial, coarse, lower, 40, 1e-4);
-    reduce_power_sum(trial, coarse, power, 60, 1e-4);
-    const Vector e = GridErrors{coarse}(trial);
-    const double size = e.cwiseAbs().maxCoeff();
-    if (std::isfinite(size))
-      candidates.push_back(
-          {trial, size * std::pow(power_sum(e, coarse.weight, std::max(size, 1e-300), power), 1 / power)});
-    if (!progress(0.5 * static_cast<double>(candidates.size()) / static_cast<double>(starts.size())))
-      return std::nullopt;
+  for (double now = 2; now <= power; now = now < power ? std::min(2 * now, power) : HUGE_VAL) {
+    candidates.clear();
+    double least = HUGE_VAL, done = 0;
+    for (Trial &trial : starts) {
+      reduce_power_sum(trial, coarse, now, now < power ? 40 : 60, 1e-4);
+      const Vector e = GridErrors{coarse}(trial);
+      const double size = e.cwiseAbs().maxCoeff();
+      if (std::isfinite(size))
+        candidates.push_back(
+            {trial, size * std::pow(power_sum(e, coarse.weight, std::max(size, 1e-300), now), 1 / now)});
+      if (!candidates.empty()) least = std::min(least, candidates.back().size);
+      if (!progress(0.5 * now / power * ++done / static_cast<double>(starts.size()))) return std::nullopt;
+    }
+    if (!candidates.empty() && least > margin * enough) return DelayDesign{{}, 0, least};
   }
   std::sort(candidates.begin(), candidates.end(),
             [](const Candidate &a, const Candidate &b) { return a.size < b.size; });
@@ -461,6 +472,7 @@ std::optional<DelayDesign> design(const DelayGoal &goal, int count, DelayNorm no
     const DelayDesign found = finished(trial, ripple);
     const bool stable = std::all_of(found.sections.begin(), found.sections.end(), is_stable);
     if (stable && std::isfinite(found.ripple) && (!best || found.ripple < best->ripple)) best = found;
+    if (best && best->ripple > margin * enough) break;
   }
   return best;
 }
@@ -475,7 +487,7 @@ double allpass_delay(const AllpassSection &section, double w) {
 
 std::optional<DelayDesign> design_allpass_delay(const DelayGoal &goal, int count, DelayNorm norm, int p,
                                                 const Progress &progress) {
-  return design(goal, count, norm, p, progress);
+  return design(goal, count, norm, p, HUGE_VAL, progress);
 }
 
 std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double ripple, int most, DelayNorm norm,
@@ -484,7 +496,7 @@ std::optional<DelayDesign> fewest_allpass_sections(const DelayGoal &goal, double
   const auto part = [&](double) { return progress(std::min(tried / 10.0, 0.99)); };
   const auto attempt = [&](int count) {
     tried++;
-    return design(goal, count, norm, p, part);
+    return design(goal, count, norm, p, count < most ? ripple : HUGE_VAL, part); // `most` attain what they can
   };
   // Twice as many until they are enough, then the least between.
   int too_few = 0, count = 1;

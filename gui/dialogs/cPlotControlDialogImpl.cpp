@@ -64,6 +64,8 @@ void cPlotControlDialogImpl::read() {
   p.sinc = pSinc_Box->isChecked();
   read_range(pFreqMin_Edit, pFreqMax_Edit, design_state.unit_factor, p.frequency_range);
   if (p.frequency_range[0] < 0) mark(pFreqMin_Edit, "frequencies begin at 0");
+  if (p.frequency_range[0] < p.frequency_range[1] && !is_plottable(p.frequency_range, p.PlotType0Linear1Log))
+    mark(pFreqMin_Edit, "there is no axis for this range");
   read_range(pMagMin_Edit, pMagMax_Edit, 1, p.magnitude_range);
   read_range(pLogMin_Edit, pLogMax_Edit, 1, p.log_magnitude_range);
   read_count(pNumTimePoints_Edit, 1, max_time_points, p.dnimp);

@@ -240,8 +240,9 @@ void cBriselMdiChild::save_picture() {
   const QString suggestion = QString::fromLatin1(stem.data(), static_cast<qsizetype>(stem.size())) + ".png";
   const QString path = app.file_dialogs().save(this, FileCommand::picture, suggestion);
   if (path.isEmpty()) return;
-  std::string why;
-  if (!save_file(path.toStdString(), picture(QFileInfo(path).suffix().toLower()).toStdString(), why))
+  const QByteArray bytes = picture(QFileInfo(path).suffix().toLower());
+  std::string why = path.toStdString() + ": cannot be drawn: not enough memory";
+  if (bytes.isEmpty() || !save_file(path.toStdString(), bytes.toStdString(), why))
     post_message(Message::write_failed, why);
 }
 

@@ -6,34 +6,50 @@
 #include <QGuiApplication>
 #include <QHash>
 
+#include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <optional>
+#include <string_view>
 #include <time.h>
 #include <unistd.h>
 
 namespace {
 
-/// Sends standard error to the null device: the font library reports a missing cache folder there by itself.
+/// Sends standard error to the null device: the font library reports a missing cache folder there by itself, the
+/// toolkit whatever it misses. Where they give up, for want of memory or of their own parts, they abort the process: it
+/// ends with one line then.
 class QuietErrors {
 public:
-  QuietErrors() : kept(dup(STDERR_FILENO)) {
+  QuietErrors() : ends_before(std::signal(SIGABRT, end_with_one_line)) {
+    kept = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
     const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (null >= 0 && kept >= 0) dup2(null, STDERR_FILENO);
+    quiet = kept >= 0 && null >= 0 && dup2(null, STDERR_FILENO) >= 0;
     if (null >= 0) close(null);
   }
   ~QuietErrors() {
+    std::signal(SIGABRT, ends_before);
     if (kept < 0) return;
     dup2(kept, STDERR_FILENO);
     close(kept);
   }
   QuietErrors(const QuietErrors &) = delete;
   QuietErrors &operator=(const QuietErrors &) = delete;
+  bool are_quiet() const { return quiet; }
 
 private:
-  int kept;
+  static void end_with_one_line(int) {
+    constexpr std::string_view line = "brisel: plots cannot be drawn: the toolkit cannot go on\n";
+    [[maybe_unused]] const ssize_t written = write(kept, line.data(), line.size());
+    _exit(1);
+  }
+  static inline int kept = -1;
+  void (*ends_before)(int);
+  bool quiet = false;
 };
 
 /// The toolkit takes over the user's locale when it starts.
@@ -104,7 +120,11 @@ bool draw(const brisel::PictureJob &job, brisel::PictureResult &result) {
 extern "C" [[gnu::visibility("default")]] int brisel_render_pictures(const brisel::PictureJob *job,
                                                                      brisel::PictureResult *result) {
   const KeptLocale kept_locale;
-  const QuietErrors quiet;
+  const QuietErrors errors;
+  if (!errors.are_quiet()) {
+    result->error = std::string("plots cannot be drawn: ") + std::strerror(errno);
+    return 0;
+  }
   const UniversalTime zone;
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   // The user's screen has no say in a picture's size and letters.

@@ -58,6 +58,10 @@ TEST(Surroundings, DoNotChangeAnOutputOrMakeANoise) {
 TEST(SmallFiles, EndWithinTenSeconds) {
   const Workshop shop;
   shop.write("lowpass.spc", example("lowpass.spc"));
+  for (const char *name : {"bandpass.spc", "analog-butterworth.inp"}) shop.write(name, example(name));
+  std::string delay = example("group-delay.spc");
+  delay.replace(delay.find("0.200000000E+02"), 15, "0.200000000E+06"); // samples that no sections have
+  shop.write("delay.spc", delay);
   std::string narrow = example("lowpass.spc");
   narrow.replace(narrow.find("0.168000E+04"), 12, "0.120001E+04");
   shop.write("narrow.spc", narrow); // 0.01 Hz of transition at 8000 Hz
@@ -84,6 +88,15 @@ TEST(SmallFiles, EndWithinTenSeconds) {
            Row{"design narrow.spc --method iir", 0},
            Row{"design narrow.spc --method iir --prototype butterworth", 1},
            Row{"design narrow.spc --method iir --prototype bessel --order 200", 0},
+           Row{"design lowpass.spc --delay-ripple 1e-300", 0}, // as many sections as there are
+           Row{"design bandpass.spc --delay-ripple 1 --phase-equalizer 20", 0},
+           Row{"design delay.spc", 0},
+           Row{"design lowpass.spc --method equiripple --minimum-phase spectral --length 999", 1},
+           Row{"design lowpass.spc --method window --minimum-phase dft --length 50000", 1},
+           Row{"design lowpass.spc --frequency-range 5e-324:1", 2}, // no decades to count
+           Row{"design lowpass.spc --frequency-range 1e-300:1 --log-frequency", 2},
+           Row{"analyze analog-butterworth.inp --prewarp 1e-300", 0},
+           Row{"analyze analog-butterworth.inp --prewarp 1e308", 2},
            Row{"design lowpass.spc --method window --length 50000 --report r --detail --flt f.flt --inp f.inp", 0},
            Row{"analyze f.inp --report r --detail --json j --frequency-points 10001 --log-frequency", 0},
            Row{"analyze f.flt --quantize floating --bits 52", 0},
@@ -97,6 +110,70 @@ TEST(SmallFiles, EndWithinTenSeconds) {
       EXPECT_TRUE(outcome.is_one_line()) << row.arguments << "\n" << outcome.err;
     }
   }
+}
+
+// What may be all there is: little room, few files, closed streams, a folder that is gone.
+TEST(Surroundings, ThatLackSomethingAreSaidInOneLineOrDoNotMatter) {
+  const Workshop shop;
+  shop.write("lowpass.spc", example("lowpass.spc"));
+  shop.write("empty.spc", "");
+  const Workshop large;
+  std::ofstream(large.path("huge.spc")).seekp(100'000'000) << "x"; // of which the disk holds one block
+  const struct {
+    std::string before, arguments;
+    int status; // -1: 0 without a word, or 1 with one line
+    const char *says;
+  } rows[] = {
+    {"ulimit -f 16;", "design lowpass.spc --json a.json --flt a.flt", 1, "File too large"},
+    {"", "design lowpass.spc --json a.json <&- >&- 2>&-", 1, ""},
+    {"", "design lowpass.spc --json a.json <&- 2>&-", 0, ""},
+    {"", "design lowpass.spc --json a.json --quantize fixed --adsp218x a.dat --c a.c >&-", 1, "standard output"},
+    {"mkdir gone && cd gone && rmdir ../gone;", "design ../lowpass.spc --json a.json", 1, "a.json: cannot be written"},
+    {"", "design empty.spc", 1, "empty.spc:1: the file ends"},
+    {"", "analyze empty.spc", 1, "empty.spc:1: the file ends"},
+    {"", "design " + large.path("huge.spc"), 1, "huge.spc:1: the line is longer"},
+    {"", "analyze " + large.path("huge.spc"), 1, "huge.spc:1: the line is longer"},
+    {"", "analyze .", 1, ".: cannot be opened"},
+    {"", "design lowpass.spc/", 1, "cannot be opened"},
+    {"", "design lowpass.spc --json lowpass.spc", 2, "--json: 'lowpass.spc' is the file to read"},
+    {"", "estimate lowpass.spc --json ./lowpass.spc", 2, "is the file to read"},
+    {"", "design lowpass.spc --c $(head -c 100000 /dev/zero | tr '\\0' x)", 1, "File name too long"},
+    {"", "design $(printf 'a\\377\\033')", 1, "a\377\\x1B: cannot be opened"},
+#if defined(BRISEL_PICTURES) && !defined(__SANITIZE_ADDRESS__)
+    {"ulimit -n 4;", "design lowpass.spc --pdf a.pdf", 1, ""},
+    {"ulimit -n 5;", "design lowpass.spc --pdf a.pdf", -1, ""},
+    {"ulimit -v 90000;", "design lowpass.spc --pdf a.pdf", -1, ""},
+    {"ulimit -v 110000;", "design lowpass.spc --pdf a.pdf", -1, ""},
+#endif
+  };
+  const auto before = shop.files();
+  for (const auto &row : rows) {
+    const Outcome outcome = shop.run(row.arguments, row.before);
+    const std::string job = row.before + row.arguments;
+    EXPECT_EQ(outcome.status, row.status == -1 && outcome.status == 0 ? 0 : std::abs(row.status)) << job;
+    EXPECT_NE(outcome.err.find(row.says), std::string::npos) << job << "\n" << outcome.err;
+    if (outcome.status == 0) {
+      EXPECT_EQ(outcome.err, "") << job;
+      for (const char *name : {"a.json", "a.pdf"}) std::filesystem::remove(shop.path(name));
+    } else if (job.find("2>&-") == job.npos) {
+      EXPECT_TRUE(outcome.is_one_line()) << job << "\n" << outcome.out << outcome.err;
+    }
+    EXPECT_EQ(differing(shop.files(), before), Names{}) << job;
+  }
+}
+
+TEST(StandardOutput, HasSeveralNames) {
+  const Workshop shop;
+  shop.write("lowpass.spc", example("lowpass.spc"));
+  const std::string expected = shop.run("design lowpass.spc --json -").out;
+  ASSERT_GT(expected.size(), 10000u);
+  EXPECT_EQ(shop.run("design lowpass.spc --json /dev/stdout").out, expected);
+  EXPECT_EQ(shop.run("design lowpass.spc --json /dev/stdout | cat").out, expected);
+  EXPECT_EQ(shop.run("design lowpass.spc --json /dev/stdout >>log", "echo before >log;").err, "");
+  EXPECT_EQ(shop.read("log"), "before\n" + expected) << "a file that is appended to is not replaced";
+  const Outcome left = shop.run("design lowpass.spc --json - --frequency-points 10001 | head -c 1");
+  EXPECT_EQ(left.out, "{");
+  EXPECT_EQ(left.err, "brisel: standard output: cannot be written: Broken pipe\n");
 }
 
 TEST(Json, HasNullForAResponseAndRefusesACoefficientThatIsNotFinite) {

@@ -52,15 +52,19 @@ TEST(InitPlotArray, ResetsARangeThatIsNone) {
 
 TEST(InitPlotArray, RefusesRangesWithoutDecades) {
   const double inf = INFINITY;
-  for (const Range range : {Range{-5, 100}, Range{0, inf}, Range{1, 1e308}, Range{-inf, 100}, Range{std::nan(""), 100},
-                            Range{1, std::nan("")}, Range{0, 1e-300}, Range{1e-310, 100}}) {
-    set_fir({1}, FirSymmetry::symmetric);
-    design_record.plot.PlotType0Linear1Log = 1;
-    design_record.plot.frequency_range = range;
-    init_plot_array();
-    EXPECT_EQ(plot_state.frequency, (Range{0, two_pi * 500})) << range[0] << " " << range[1];
-    for (int i = 0; i < plot_arrays.frequency_count; i++) ASSERT_GT(plot_arrays.frequency[i], 0) << range[0];
-  }
+  for (const bool logarithmic : {true, false})
+    for (const Range range :
+         {Range{-5, 100}, Range{0, inf}, Range{1, 1e308}, Range{-inf, 100}, Range{std::nan(""), 100},
+          Range{1, std::nan("")}, Range{0, 1e-300}, Range{1e-310, 100}, Range{5e-324, 100}}) {
+      if (!logarithmic && (range[0] == -5 || range[1] == 1e-300)) continue; // a linear axis has these
+      set_fir({1}, FirSymmetry::symmetric);
+      design_record.plot.PlotType0Linear1Log = logarithmic;
+      design_record.plot.frequency_range = range;
+      init_plot_array();
+      EXPECT_EQ(plot_state.frequency, (Range{0, two_pi * 500})) << range[0] << " " << range[1];
+      for (int i = 1; i < plot_arrays.frequency_count; i++) ASSERT_GT(plot_arrays.frequency[i], 0) << range[0];
+      EXPECT_EQ(plot_arrays.frequency[0] > 0, logarithmic);
+    }
 }
 
 TEST(InitPlotArray, CapsThePointCounts) {

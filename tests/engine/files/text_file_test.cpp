@@ -133,6 +133,31 @@ TEST(FileSet, WritesThroughWhatIsNoFile) {
   ::close(reader);
 }
 
+TEST(FileSet, WritesWhereverTheSystemItselfCan) {
+  const Folder folder;
+  std::string why;
+  // The longest name there is leaves no room for six more characters.
+  const std::string longest = folder / std::string(255, 'n').c_str();
+  for (const char *text : {"first", "second"}) {
+    ASSERT_TRUE(save_file(longest, text, why)) << why;
+    EXPECT_EQ(content(longest), text);
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), {}), 1);
+  // The system's own links: to a pipe, and to a file that has no name any more.
+  int ends[2] = {};
+  ASSERT_EQ(::pipe(ends), 0);
+  const int nameless = ::open((folder / "gone").c_str(), O_RDWR | O_CREAT, 0600);
+  fs::remove(folder / "gone");
+  for (const auto &[write_to, read_from] : {std::pair{ends[1], ends[0]}, {nameless, nameless}}) {
+    ASSERT_TRUE(save_file(formatf("/proc/self/fd/%d", write_to), "through", why)) << why;
+    char read[20] = "";
+    EXPECT_EQ(::read(read_from, read, sizeof read), 7);
+    EXPECT_STREQ(read, "through");
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), {}), 1) << "no file of the link's words";
+  for (const int descriptor : {ends[0], ends[1], nameless}) ::close(descriptor);
+}
+
 TEST(SaveNewFile, LeavesAnotherOnesFileAlone) {
   const Folder folder;
   std::ofstream(folder / "taken") << "mine";

@@ -110,9 +110,9 @@ protected:
 
   static std::string example(const std::string &name) { return BRISEL_SOURCE_DIR "/examples/" + name; }
   QString at(const std::string &name) const { return QString::fromStdString(folder.path(name)); }
-  /// Designs examples/lowpass.spc by the window method.
-  void design_lowpass() {
-    design_state.DesignOrAnalysisType = code(DesignMethod::window);
+  /// Designs examples/lowpass.spc.
+  void design_lowpass(DesignMethod method = DesignMethod::window) {
+    design_state.DesignOrAnalysisType = code(method);
     window->load_file(QString::fromStdString(example("lowpass.spc")));
     ASSERT_TRUE(window->has_result());
     QCoreApplication::processEvents();

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <clocale>
+#include <csignal>
 
 namespace brisel {
 namespace {
@@ -76,6 +77,24 @@ TEST(WorkstationModule, ADecimalCommaAndAMissingHomeChangeNoNumber) {
   // Nothing but its own line: the toolkit keeps quiet.
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^result 0, designed 1, locale 1, saved 1, same 1$");
   ASSERT_EQ(::chdir("/"), 0);
+}
+
+// Started with its streams closed, a file that the program opens must not get their numbers, or what is meant for
+// standard error goes into it; and a reader of standard error that goes away must not end the session.
+TEST(WorkstationModule, LendsNoStandardStreamAndOutlivesItsReader) {
+  Workshop folder;
+  // From the outside, once it runs.
+  const std::string command = "cd " + folder.path("") +
+                              "; QT_QPA_PLATFORM=offscreen " BRISEL_EXECUTABLE " <&- >&- 2>&- & child=$!; "
+                              "for i in $(seq 500); do test -e SFIL.OUT && break; sleep 0.02; done; "
+                              "for i in 0 1 2; do readlink /proc/$child/fd/$i; done >fds; "
+                              "grep SigIgn /proc/$child/status >signals; kill $child; wait";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(folder.read("fds"), "/dev/null\n/dev/null\n/dev/null\n");
+  const std::string signals = folder.read("signals");
+  ASSERT_GT(signals.size(), 8u);
+  const unsigned long ignored = std::stoul(signals.substr(8), nullptr, 16);
+  for (const int signal : {SIGPIPE, SIGXFSZ}) EXPECT_TRUE(ignored >> (signal - 1) & 1) << signal;
 }
 
 TEST(WorkstationModule, MissingModuleOrDisplayGivesOneLine) {

@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QTextBrowser>
 
+#include <functional>
+
 #include <sys/stat.h>
 
 namespace brisel {
@@ -20,37 +22,16 @@ protected:
     design_lowpass();
     dialogs.messages.clear();
   }
-};
 
-TEST_F(SurroundingsTest, AnOutputThatCannotBeWrittenIsSaidAndLeavesNothing) {
-  const struct {
-    void (cBriselApp::*command)();
-    const char *extension;
-  } commands[] = {{&cBriselApp::Output_CreateSpecficationFile, ".spc"},
-                  {&cBriselApp::Output_CreateSystemAnalysisFile, ".inp"},
-                  {&cBriselApp::Output_CreateFilterCoefficientFile, ".flt"},
-                  {&cBriselApp::Output_CreateMatlabFile, ".dat"},
-                  {&cBriselApp::Output_CreatePlotDataFiles, ""},
-                  {&cBriselApp::Codegen_CCode, ".c"},
-                  {&cBriselApp::Codegen_ADSP218X, ".dsp"},
-                  {&cBriselApp::Codegen_DSP56800, ".h"},
-                  {&cBriselApp::Codegen_dsPIC30, ""}};
-  design_for_every_output();
-  dialogs.answer = [](QDialog &dialog) {
-    auto *ok = dialog.findChild<QPushButton *>("pOk_Button");
-    ok ? ok->click() : dialog.reject();
-  };
-  dialogs.button = QMessageBox::Yes; // the links exist already
-  folder.write("file", "");
-  for (const auto &[command, extension] : commands) {
-    const std::string full = std::string("full") + extension;
-    for (const char *written : {extension, ".gdl", ".s"})
-      if (*written) ::symlink("/dev/full", folder.path(std::string("full") + written).c_str());
-    for (const std::string &name : {full, std::string("file/below") + extension}) {
+  /// Writes by `command` to a full disk and below a file, under names with `extension`.
+  void expect_refusal(const std::function<void()> &command, const std::string &extension) {
+    for (const std::string &written : {extension, std::string(".gdl"), std::string(".s"), std::string("_ratio.inp")})
+      if (!written.empty()) ::symlink("/dev/full", folder.path("full" + written).c_str());
+    for (const std::string &name : {"full" + extension, "file/below" + extension}) {
       dialogs.messages.clear();
       dialogs.file_names = {at(name)};
       const auto before = folder.files();
-      (window.get()->*command)();
+      command();
       EXPECT_TRUE(dialogs.file_names.empty()) << name;
       const QString said = dialogs.messages.join(" | ");
       EXPECT_TRUE(said.contains("written") || said.contains("Unable to open") || said.contains("cannot be opened"))
@@ -59,6 +40,45 @@ TEST_F(SurroundingsTest, AnOutputThatCannotBeWrittenIsSaidAndLeavesNothing) {
       changed.erase("config/QtProject.conf"); // the file dialog's own memory
       EXPECT_EQ(changed, Names{}) << name;
     }
+  }
+};
+
+TEST_F(SurroundingsTest, AnOutputThatCannotBeWrittenIsSaidAndLeavesNothing) {
+  using Command = void (cBriselApp::*)();
+  const std::pair<Command, const char *> of_any_design[] = {{&cBriselApp::Output_CreateSpecficationFile, ".spc"},
+                                                            {&cBriselApp::Output_CreateSystemAnalysisFile, ".inp"},
+                                                            {&cBriselApp::Output_CreateFilterCoefficientFile, ".flt"},
+                                                            {&cBriselApp::Output_CreateMatlabFile, ".dat"},
+                                                            {&cBriselApp::Output_CreateCOSSAPDataset, ".abl"},
+                                                            {&cBriselApp::Output_CreateCoefficientDataset, ".dat"},
+                                                            {&cBriselApp::Output_CreatePlotDataFiles, ""},
+                                                            {&cBriselApp::Codegen_CCode, ".c"},
+                                                            {&cBriselApp::Codegen_ADSP218X, ".dsp"},
+                                                            {&cBriselApp::Codegen_DSP56800, ".h"},
+                                                            {&cBriselApp::Codegen_dsPIC30, ""}};
+  folder.write("file", "");
+  for (const bool fir : {true, false}) {
+    const char *pressed = "pOk_Button";
+    dialogs.answer = [&](QDialog &dialog) {
+      auto *next = dialog.findChild<QPushButton *>("pNext_Button"), *button = dialog.findChild<QPushButton *>(pressed);
+      next ? next->click() : button ? button->click() : dialog.reject();
+    };
+    dialogs.button = QMessageBox::Yes; // the links exist already
+    set_start_values();
+    quantization_settings.quant = 1;
+    quantization_settings.rtype1 = code(SectionStructure::canonic);
+    design_lowpass(fir ? DesignMethod::window : DesignMethod::iir);
+    for (const auto &[command, extension] : of_any_design)
+      expect_refusal([&, command = command] { (window.get()->*command)(); }, extension);
+    if (fir) {
+      expect_refusal([&] { window->Analysis_FIRFilterOutput(); }, ".inp");
+    } else {
+      expect_refusal([&] { window->Analysis_IIRFilterOutput(); }, ".inp");
+      pressed = "pAllForms_Button";
+      expect_refusal([&] { window->Analysis_IIRFilterOutput(); }, ".inp");
+    }
+    for (const char *extension : {".png", ".svg", ".pdf"})
+      expect_refusal([&] { plot(PlotKind::magnitude).save_picture(); }, extension);
   }
 }
 
