@@ -4,6 +4,7 @@
 
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
+#include "engine/core/design_state.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/compensation.h"
 #include "engine/iir/allpass_delay.h"
@@ -123,8 +124,6 @@ Names compensations() { // index - 1 is the curve
   return {"none", "sinc", "comb"};
 }
 
-constexpr int min_bits = 2, max_bits = 52, max_fixed_bits = 32, max_searches = 1000;
-
 constexpr unsigned for_design = static_cast<unsigned>(Command::design);
 constexpr unsigned for_analyze = static_cast<unsigned>(Command::analyze);
 constexpr unsigned for_estimate = static_cast<unsigned>(Command::estimate);
@@ -240,8 +239,8 @@ const std::vector<OptionRow> &option_rows() {
        with_iir | with_digital | with_analog, "arithmetic of cascaded sections; default: transposed"},
       {"--quantize", "ARITHMETIC", Choice{&Job::quantize, quantizations}, Group::quantization, for_results, with_any,
        "round the coefficients; default: off"},
-      {"--bits", "N", Number{&Job::bits, min_bits, max_bits}, Group::quantization, for_results, with_any,
-       "word length, at most 32 for fixed point; mantissa length of floating point; default: 16"},
+      {"--bits", "N", Number{&Job::bits, min_quantized_bits, max_quantized_bits}, Group::quantization, for_results,
+       with_any, "word length, at most 32 for fixed point; mantissa length of floating point; default: 16"},
       {"--scaling", "SCALING", Choice{&Job::scaling, scalings}, Group::quantization, for_files, with_fir | with_digital,
        "of fixed-point taps before rounding: none, by a power of two until the largest is at least a half, or until it "
        "is just below one; default: half"},
@@ -620,8 +619,8 @@ void refuse_unused_options(const Job &job, int method) {
     needs(&Job::bits, fixed || floating, "--quantize fixed or floating");
     needs(&Job::optimize, fixed, "--quantize fixed");
     needs(&Job::scaling, fixed, "--quantize fixed");
-    if (row.place_is(&Job::bits) && fixed && job.bits.value_or(min_bits) > max_fixed_bits)
-      refuse(row, formatf("%d is outside %d to %d for fixed point", *job.bits, min_bits, max_fixed_bits));
+    if (row.place_is(&Job::bits) && fixed && job.bits.value_or(min_quantized_bits) > max_fixed_bits)
+      refuse(row, formatf("%d is outside %d to %d for fixed point", *job.bits, min_quantized_bits, max_fixed_bits));
   }
 }
 

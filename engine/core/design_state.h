@@ -59,6 +59,14 @@ struct DesignState {
   double prewarp_frequency; // radians per second, 0 = none
 };
 
+/// Word lengths that can be asked for. Words of fixed-point filters fit 32 bits; of a double's 53 bits one is the
+/// sign's place.
+inline constexpr int min_quantized_bits = 2;
+inline constexpr int max_quantized_bits = 52;
+inline constexpr int max_fixed_bits = 32;
+/// Searches for better words of the taps.
+inline constexpr int max_searches = 1000;
+
 struct QuantizationSettings {
   std::uint8_t quant;    // quantize at all
   std::uint8_t qtype;    // 1 fixed point, 0 floating point

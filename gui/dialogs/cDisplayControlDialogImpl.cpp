@@ -1,6 +1,7 @@
 #include "gui/dialogs/cDisplayControlDialogImpl.h"
 
 #include "engine/core/display_defaults.h"
+#include "gui/dialogs/help.h"
 #include "gui/main_window/brisel_app.h"
 
 namespace brisel {
@@ -50,10 +51,10 @@ template <class Settings, class Visit> void cDisplayControlDialogImpl::each_fiel
   visit(pTitlesFont_Box, s.titles_font);
   visit(pProblemFont_Box, s.desc_font);
   visit(pTextFont_Box, s.text_font);
-  visit(pAxisSize_Edit, s.label_size);
-  visit(pTitlesSize_Edit, s.title_size);
-  visit(pProblemSize_Edit, s.desc_size);
-  visit(pTextSize_Edit, s.text_size);
+  visit(pAxisSize_Box, s.label_size);
+  visit(pTitlesSize_Box, s.title_size);
+  visit(pProblemSize_Box, s.desc_size);
+  visit(pTextSize_Box, s.text_size);
   visit(StyleBit{pAxisBold_Box, 0}, s.label_style);
   visit(StyleBit{pAxisItalic_Box, 1}, s.label_style);
   visit(StyleBit{pTitlesBold_Box, 0}, s.title_style);
@@ -78,6 +79,7 @@ cDisplayControlDialogImpl::cDisplayControlDialogImpl(cBriselApp *app) : QDialog(
       box->setItemIcon(color, swatch);
     }
   show_settings(display_settings);
+  offer_help("display-control", this);
   connect(pColorDefault_Button, &QPushButton::clicked, this, &cDisplayControlDialogImpl::ColorDefault);
   connect(pColorMono_Button, &QPushButton::clicked, this, &cDisplayControlDialogImpl::ColorMono);
   connect(pFontDefault_Button, &QPushButton::clicked, this, &cDisplayControlDialogImpl::FontDefault);

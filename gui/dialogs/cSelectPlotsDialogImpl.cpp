@@ -1,5 +1,6 @@
 #include "gui/dialogs/cSelectPlotsDialogImpl.h"
 
+#include "gui/dialogs/help.h"
 #include "gui/main_window/brisel_app.h"
 
 namespace brisel {
@@ -10,6 +11,7 @@ std::array<QCheckBox *, 7> cSelectPlotsDialogImpl::boxes() const {
 
 cSelectPlotsDialogImpl::cSelectPlotsDialogImpl(cBriselApp *window, const QString &caption) : QDialog(window) {
   setupUi(this);
+  offer_help("plot-selection", this);
   if (!caption.isEmpty()) setWindowTitle(caption);
   QPixmap swatch(10, 10);
   swatch.fill(window->style_of_plots().function.color());

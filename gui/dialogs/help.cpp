@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFile>
+#include <QPushButton>
+#include <QShortcut>
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
@@ -29,6 +31,12 @@ void show_help(const QString &name, QWidget *dialog) {
   layout->addWidget(buttons);
   window->resize(560, 480);
   window->show();
+}
+
+void offer_help(const QString &name, QDialog *dialog) {
+  const auto show = [name, dialog] { show_help(name, dialog); };
+  QObject::connect(dialog->findChild<QPushButton *>("pHelp_Button"), &QPushButton::clicked, dialog, show);
+  QObject::connect(new QShortcut(QKeySequence::HelpContents, dialog), &QShortcut::activated, dialog, show);
 }
 
 } // namespace brisel

@@ -49,7 +49,7 @@ cFirWinLengthEstDialogImpl::cFirWinLengthEstDialogImpl(QWidget *parent) : Sequen
   }
   const int given = current_spec->length;
   pLength_Edit->setText(QString::number(given ? given : lengths[static_cast<std::size_t>(window)]));
-  begin();
+  begin(longest_whole_number);
 }
 
 void cFirWinLengthEstDialogImpl::read() {
@@ -79,7 +79,7 @@ cFirLengthDialogImpl::cFirLengthDialogImpl(QWidget *parent) : SequencePage(paren
   pLength_Edit->setText(QString::number(current_spec->length ? current_spec->length : estimate()));
   connect(pWindow_Box, &QComboBox::currentIndexChanged, this,
           [this] { pLength_Edit->setText(QString::number(estimate())); });
-  begin();
+  begin(longest_whole_number);
 }
 
 int cFirLengthDialogImpl::estimate() const {
@@ -113,7 +113,7 @@ cEqLpLsEstDialogImpl::cEqLpLsEstDialogImpl(QWidget *parent) : SequencePage(paren
   pTransition_Box->setEnabled(band_pass);
   pTransition_Box->setCurrentIndex(band_pass && current_spec->split_transition != 0);
   if (current_spec->length) pLength_Edit->setText(QString::number(current_spec->length));
-  begin();
+  begin(longest_whole_number);
 }
 
 FirSymmetry cEqLpLsEstDialogImpl::symmetry() const {
@@ -154,7 +154,7 @@ cIirOrderEstDialogImpl::cIirOrderEstDialogImpl(QWidget *parent) : SequencePage(p
   }
   order = design_state.order;
   pOrder_Edit->setText(QString::number(order ? order : orders[static_cast<std::size_t>(prototype)]));
-  begin();
+  begin(longest_whole_number);
 }
 
 void cIirOrderEstDialogImpl::read() {
@@ -188,7 +188,7 @@ cCompSpecDialogImpl::cCompSpecDialogImpl(QWidget *parent) : SequencePage(parent,
   start(pRate_Edit, rate, design_state.CompensationRateChange);
   start(pDelay_Edit, delay, design_state.CompensationDifferentialDelay);
   start(pStages_Edit, stages, design_state.CompensationNumberOfStages);
-  begin();
+  begin(longest_whole_number);
 }
 
 void cCompSpecDialogImpl::read() {

@@ -10,8 +10,6 @@ namespace brisel {
 
 namespace {
 
-constexpr int fewest_bits = 2, most_bits = 52; // of a double's 53 one is the sign's place
-constexpr int most_searches = 1000;
 constexpr int shortest_number = 14; // first item of the length box
 constexpr int longest_name = 80;    // stands in one line of the setup file
 
@@ -23,23 +21,25 @@ cQuantizationDialogImpl::cQuantizationDialogImpl(QWidget *parent) : SequencePage
   choose_button(*this, "Switch", q.quant ? 0 : 1);
   choose_button(*this, "Type", q.qtype ? 1 : 0);
   pNumBits_Edit->setText(QString::number(q.ibit));
-  searches = std::clamp(q.op_num, 1, most_searches);
+  searches = std::clamp(q.op_num, 1, max_searches);
   pNumOpts_Edit->setText(QString::number(searches));
   choose_button(*this, "Optimize", q.optimize ? 0 : 1);
   choose_button(*this, "Cascade", q.rtype1);
   pParallel_Button->setChecked(true);
   choose_button(*this, "Scaling", design_state.GainOption);
-  begin();
+  begin(longest_whole_number);
 }
 
 void cQuantizationDialogImpl::read() {
-  bits = whole_number_in(pNumBits_Edit, fewest_bits, most_bits).value_or(0);
-  const bool fixed = chosen_button(*this, "Switch") == 0 && chosen_button(*this, "Type") == 1;
+  const bool fixed_type = chosen_button(*this, "Type") == 1;
+  const int most_bits = fixed_type ? max_fixed_bits : max_quantized_bits;
+  bits = whole_number_in(pNumBits_Edit, min_quantized_bits, most_bits).value_or(0);
+  const bool fixed = fixed_type && chosen_button(*this, "Switch") == 0;
   const bool searches_count = fixed && chosen_button(*this, "Optimize") == 0;
   for (QWidget *widget : std::initializer_list<QWidget *>{pOptimize0_Button, pOptimize1_Button})
     widget->setEnabled(fixed);
   pNumOpts_Edit->setEnabled(searches_count);
-  if (searches_count) searches = whole_number_in(pNumOpts_Edit, 1, most_searches).value_or(searches);
+  if (searches_count) searches = whole_number_in(pNumOpts_Edit, 1, max_searches).value_or(searches);
   pCascade2_Button->setEnabled(!fixed);
   pCascade3_Button->setEnabled(!fixed);
   if (fixed && chosen_button(*this, "Cascade") > code(SectionStructure::canonic)) {
@@ -86,7 +86,7 @@ cUserInfoDialogImpl::cUserInfoDialogImpl(QWidget *parent) : SequencePage(parent,
   }
   pUser_Edit->setText(QString::fromStdString(workplace_names.user_name));
   pCompany_Edit->setText(QString::fromStdString(workplace_names.co_name));
-  begin();
+  begin(nullptr);
 }
 
 void cUserInfoDialogImpl::store() {

@@ -38,6 +38,18 @@ void append_places(std::string &out, const char *name, std::span<const std::comp
   for (const auto &place : places) appendf(out, "  % .16e % .16e i\n", place.real(), place.imag());
 }
 
+void append_list(std::string &out, const char *name, int first, std::span<const double> values) {
+  for (std::size_t i = 0; i < values.size(); i++)
+    appendf(out, "  %s %4d  % .16e\n", name, first + static_cast<int>(i), values[i]);
+}
+
+void append_lattice(std::string &out, const LatticeEntry &lattice) {
+  appendf(out, "Lattice Structure, gain %.16e\n", lattice.gain);
+  append_list(out, "gamma", 0, std::span(lattice.gamma).first(std::size_t(lattice.order + lattice.lead + 1)));
+  append_list(out, "kappa", 1, std::span(lattice.kappa).subspan(1, std::size_t(lattice.order)));
+  out += "\n";
+}
+
 std::string in_unit(const DesignRecord &r, double frequency) {
   return formatf("%14.6g", frequency * r.selections.unit_factor_inverse);
 }
@@ -54,6 +66,7 @@ std::string iir_data_text(const DesignRecord &r, IirView view) {
   if (forms.cascade.section_count > 0) append_sections(out, "Cascaded Second Order Sections", forms.cascade, analog);
   if (forms.parallel.section_count > 0) append_sections(out, "Sum of Second Order Sections", forms.parallel, analog);
   if (forms.ratio.denominator_order > 0) append_ratio(out, forms.ratio, analog);
+  if (!analog && forms.lattice.order > 0) append_lattice(out, forms.lattice);
   const PoleZeroEntry &pz = forms.pole_zero;
   append_places(out, "Zeros", std::span(pz.zeros).first(std::size_t(pz.real_zeros + pz.complex_zeros)));
   append_places(out, "Poles", std::span(pz.poles).first(std::size_t(pz.real_poles + pz.complex_poles)));
@@ -61,11 +74,6 @@ std::string iir_data_text(const DesignRecord &r, IirView view) {
 }
 
 namespace {
-
-void append_list(std::string &out, const char *name, int first, std::span<const double> values) {
-  for (std::size_t i = 0; i < values.size(); i++)
-    appendf(out, "  %s %4d  % .16e\n", name, first + static_cast<int>(i), values[i]);
-}
 
 void append_system(std::string &out, const ConvertibleSystem &system) {
   const bool analog = system.domain == Domain::s;
@@ -84,13 +92,8 @@ void append_system(std::string &out, const ConvertibleSystem &system) {
     return append_sections(out, "Product of sections", iir.cascade, analog);
   case InputOption::sum:
     return append_sections(out, "Sum of sections, the gain being the direct term", iir.parallel, analog);
-  case InputOption::lattice: {
-    const LatticeEntry &lattice = iir.lattice;
-    appendf(out, "Gain %.16e\n", lattice.gain);
-    append_list(out, "gamma", 0, std::span(lattice.gamma).first(std::size_t(lattice.order + lattice.lead + 1)));
-    append_list(out, "kappa", 1, std::span(lattice.kappa).subspan(1, std::size_t(lattice.order)));
-    return;
-  }
+  case InputOption::lattice:
+    return append_lattice(out, iir.lattice);
   case InputOption::ladder_1:
   case InputOption::ladder_2: {
     const LadderEntry &ladder = system.option == InputOption::ladder_1 ? iir.ladder_1 : iir.ladder_2;

@@ -11,7 +11,7 @@ namespace brisel {
 /// The four sets of IIR data.
 enum class IirView { normalized_s, denormalized_s, unquantized_z, quantized_z };
 
-/// Every form that the set has: sections, ratio, poles and zeros.
+/// Every form that the set has: sections, ratio, lattice of a digital one, poles and zeros.
 std::string iir_data_text(const DesignRecord &record, IirView view);
 /// Peaks of the nodes before and after scaling, round-off noise, and the bits that it costs.
 std::string quantization_analysis_text(const DesignRecord &record);

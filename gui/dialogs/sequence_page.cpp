@@ -11,7 +11,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTableWidget>
+
+#include <algorithm>
 
 namespace brisel {
 
@@ -20,8 +23,8 @@ namespace {
 // Behind every column of fields; grids of forms are narrower.
 constexpr int unit_column = 10;
 constexpr int reason_column = 11;
-constexpr int reason_width = 40; // average characters
-constexpr int field_width = 12;
+constexpr int reason_width = 44;  // average characters
+constexpr int field_margins = 16; // frame and padding of all styles
 
 QGridLayout *grid_of(const QWidget *dialog, QWidget *field, int &row) {
   for (QGridLayout *grid : dialog->findChildren<QGridLayout *>()) {
@@ -53,20 +56,27 @@ QString frequency_unit() {
   return design_state.FrequencyMode ? "rad/s" : "Hz";
 }
 
+int width_of(const QWidget *field, const char *text) {
+  return field->fontMetrics().horizontalAdvance(text) + field_margins;
+}
+
 QPushButton *SequencePage::accept_button() const {
   for (const char *name : {"pNext_Button", "pOk_Button", "pAccept_Button"})
     if (auto *button = findChild<QPushButton *>(name)) return button;
   return nullptr;
 }
 
-void SequencePage::begin() {
+void SequencePage::begin(const char *longest) {
   if (auto *button = findChild<QPushButton *>("pPrev_Button"))
     connect(button, &QPushButton::clicked, this, &SequencePage::Previous);
   if (auto *button = findChild<QPushButton *>("pHelp_Button"))
     connect(button, &QPushButton::clicked, this, &SequencePage::Help);
+  connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this, &SequencePage::Help);
   for (QLineEdit *edit : findChildren<QLineEdit *>()) {
-    edit->setMinimumWidth(field_width * edit->fontMetrics().averageCharWidth());
     connect(edit, &QLineEdit::textChanged, this, &SequencePage::check);
+    if (!longest) continue;
+    edit->setMinimumWidth(width_of(edit, longest));
+    reason_label(edit); // there from the start, so that the page does not grow with the first reason
   }
   for (QComboBox *box : findChildren<QComboBox *>())
     connect(box, &QComboBox::currentIndexChanged, this, &SequencePage::check);
@@ -125,6 +135,9 @@ void SequencePage::mark(QWidget *field, const QString &reason) {
   if (!first && !label->text().isEmpty()) return;
   label->setTextFormat(Qt::PlainText);
   label->setText(reason);
+  // A layout alone gives a wrapped text no more height than the dialog happens to have.
+  const int needed = label->heightForWidth(std::max(label->width(), label->minimumWidth()));
+  if (isVisible() && needed > label->minimumHeight()) label->setMinimumHeight(needed);
   const bool dark = label->palette().color(QPalette::Window).lightness() < 128;
   label->setStyleSheet(dark ? "color: #ff9a90" : "color: #c02020");
 }
@@ -158,7 +171,6 @@ void SequencePage::add_unit(QLineEdit *edit, const QString &unit) {
   QGridLayout *grid = grid_of(this, edit, row);
   if (!grid || grid->itemAtPosition(row, unit_column)) return;
   grid->addWidget(new QLabel(unit, edit->parentWidget()), row, unit_column);
-  reason_label(edit); // keeps its place
 }
 
 void SequencePage::accept() {

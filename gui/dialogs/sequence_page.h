@@ -17,6 +17,12 @@ namespace brisel {
 /// three are the numbers of PageResult.
 inline constexpr int page_back = 3;
 
+/// The longest texts that people enter, for the widths of fields: a number with all digits of a double, one with the
+/// digits that Brisel shows, and a whole number.
+inline constexpr const char *longest_number = "-1.2345678901234567e-10";
+inline constexpr const char *longest_shown_number = "-1.234567891e-10";
+inline constexpr const char *longest_whole_number = "1234567890";
+
 /// A page reads its widgets into values of its own whenever one of them changes; what is wrong is marked with its
 /// reason, and Next stays disabled until nothing is. Next stores the values in the engine. Prev stores them too, so
 /// that the page shows them again; what is wrong is dropped. Whoever runs the pages undoes that when the user cancels.
@@ -33,8 +39,9 @@ public Q_SLOTS:
 protected:
   SequencePage(QWidget *parent, const char *help_page) : QDialog(parent), help_page(help_page) {}
 
-  /// To be called at the end of the constructor: watches every input widget and checks for the first time.
-  void begin();
+  /// To be called at the end of the constructor: watches every input widget and checks for the first time. The fields
+  /// get room for `longest` and for reasons; a null pointer is for free text, which is never wrong.
+  void begin(const char *longest = longest_number);
   /// Checks the page again.
   void check();
   bool is_right() const { return right; }
@@ -69,6 +76,8 @@ private:
 
 /// A number as fields show it.
 QString shown(double value);
+/// The room that a text needs in a field or a cell.
+int width_of(const QWidget *field, const char *text);
 /// A frequency in radians per second in the unit of the session.
 QString shown_frequency(double value);
 /// The unit's short name.

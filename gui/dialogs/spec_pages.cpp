@@ -146,7 +146,7 @@ cArbMagSpec1DialogImpl::cArbMagSpec1DialogImpl(QWidget *parent) : SpecPage(paren
       choice->setEnabled(used);
   }
   bind(rows, false);
-  begin();
+  begin(longest_shown_number); // there are eight columns
 }
 
 void cArbMagSpec1DialogImpl::read_more(FilterSpec &spec) {

@@ -272,7 +272,6 @@ cSosAnalysisSpec2DialogImpl::cSosAnalysisSpec2DialogImpl(QWidget *parent, System
   bind(pDomain_Label, pSections_Table, columns, max_sections,
        {pSectionsAdd_Button, pSectionsDelete_Button, pSectionsPaste_Button});
   values[0].set_new_row(neutral_section(draft.domain, draft.option));
-  pSections_Table->setMinimumWidth(6 * 15 * fontMetrics().averageCharWidth());
   begin();
 }
 

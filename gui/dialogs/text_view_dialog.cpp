@@ -3,6 +3,7 @@
 #include "engine/core/design_state.h"
 #include "engine/core/front_end.h"
 #include "engine/files/text_file.h"
+#include "gui/dialogs/help.h"
 #include "gui/plots/plot_style.h"
 
 #include <QApplication>
@@ -33,7 +34,8 @@ QSize start_size(const QPlainTextEdit &view) {
 
 } // namespace
 
-TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QString &caption, const std::string &text)
+TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QString &caption, const std::string &text,
+                               const QString &help_page)
     : QDialog(parent) {
   setupUi(this);
   setObjectName(name);
@@ -44,6 +46,7 @@ TextViewDialog::TextViewDialog(QWidget *parent, const QString &name, const QStri
   connect(pCopy_Button, &QPushButton::clicked, this, &TextViewDialog::copy);
   connect(pSave_Button, &QPushButton::clicked, this, &TextViewDialog::save);
   pText_Edit->installEventFilter(this);
+  offer_help(help_page, this);
   connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, &TextViewDialog::save);
   pCopy_Button->setToolTip("The selected text, or all of it (Ctrl+C)");
   pSave_Button->setToolTip("All text as a file (Ctrl+S)");

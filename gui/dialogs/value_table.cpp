@@ -9,6 +9,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QTableWidget>
 
@@ -36,7 +38,8 @@ std::optional<double> number_of(const QTableWidgetItem *item) {
 } // namespace
 
 std::optional<std::vector<std::vector<double>>> rows_of_numbers(const QString &text, int columns, QString &why) {
-  static const QRegularExpression separators("\\s*[\\t;,]\\s*|\\s+");
+  // Blanks around a separator belong to it. Two tabs are two separators: the cell between them is empty.
+  static const QRegularExpression separators(" *[\\t;,] *| +");
   std::vector<std::vector<double>> rows;
   const QStringList lines = text.split(QRegularExpression("\r\n|\n|\r"));
   for (qsizetype i = 0; i < lines.size(); i++) {
@@ -52,7 +55,11 @@ std::optional<std::vector<std::vector<double>>> rows_of_numbers(const QString &t
     }
     if (!any_number && rows.empty()) continue;
     if (!all_numbers || row.size() != static_cast<std::size_t>(columns)) {
-      why = QString("Line %1 does not hold %2 numbers: %3").arg(i + 1).arg(columns).arg(line.left(60));
+      why = QString("Line %1 does not hold %2: %3")
+                .arg(i + 1)
+                .arg(columns == 1 ? QString("one number") : QString("%1 numbers").arg(columns))
+                .arg(line.left(60));
+      if (line.contains(',')) why += "\nCommas separate columns; decimals are written with a point.";
       return std::nullopt;
     }
     rows.push_back(row);
@@ -68,6 +75,11 @@ void ValueTable::set_up(QTableWidget *shown_table, const QStringList &columns, i
   table->setColumnCount(static_cast<int>(columns.size()));
   table->setHorizontalHeaderLabels(columns);
   table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  const int column = width_of(table, longest_number);
+  table->horizontalHeader()->setMinimumSectionSize(column);
+  const int all =
+      table->columnCount() * column + width_of(table, "H(100)") + table->verticalScrollBar()->sizeHint().width();
+  table->setMinimumWidth(std::min(all, table->screen()->availableSize().width() * 4 / 5)); // and scrolls
   table->setTabKeyNavigation(false); // Tab goes on to the buttons, arrows move in the table
   table->setMinimumHeight(10 * table->verticalHeader()->defaultSectionSize());
   QObject::connect(add, &QPushButton::clicked, table, [this] { add_row(); });

@@ -145,7 +145,7 @@ void cBriselApp::View_IirData(int position) {
                                 "IIR Unquantized Z Domain Data", "IIR Quantized Z Domain Data"};
   const int view = position - first_position;
   TextViewDialog dialog(this, "cIirViewDataDialog", captions[static_cast<std::size_t>(view)],
-                        iir_data_text(design_record, IirView{view}));
+                        iir_data_text(design_record, IirView{view}), "iir-data");
   if (IirView{view} >= IirView::unquantized_z) add_dataset_button(dialog);
   dialog.exec();
 }
@@ -153,14 +153,15 @@ void cBriselApp::View_IirData(int position) {
 void cBriselApp::View_IIRQuantizationAnalysis() {
   if (!is_iir_design()) return post_message(Message::needs_iir_for_quantization);
   TextViewDialog(this, "cIirQuantAnalysisDialog", "IIR Quantization Analysis",
-                 quantization_analysis_text(design_record))
+                 quantization_analysis_text(design_record), "iir-quantization-analysis")
       .exec();
 }
 
 void cBriselApp::View_FIRCoefficients() {
   if (!has_result() || !is_fir_method(design_record.selections.DesignOrAnalysisType))
     return post_message(Message::needs_fir_design);
-  TextViewDialog dialog(this, "cFirCoeffView", "FIR Coefficients - View Only", fir_coefficients_text(design_record));
+  TextViewDialog dialog(this, "cFirCoeffView", "FIR Coefficients - View Only", fir_coefficients_text(design_record),
+                        "fir-coefficients");
   add_dataset_button(dialog);
   dialog.exec();
 }

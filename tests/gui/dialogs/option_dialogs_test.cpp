@@ -73,9 +73,16 @@ TEST_F(OptionDialogsTest, QuantizationRefusesWhatDoesNotExist) {
   answer_with([](QDialog &dialog) {
     auto *accept = dialog.findChild<QPushButton *>("pAccept_Button");
     auto *bits = dialog.findChild<QLineEdit *>("pNumBits_Edit");
-    for (const char *wrong : {"1", "53", "", "8.5"}) {
-      bits->setText(wrong);
-      EXPECT_FALSE(accept->isEnabled()) << wrong;
+    for (const auto &[type, text, right] : {std::tuple{"pType0_Button", "1", false},
+                                            {"pType0_Button", "53", false},
+                                            {"pType0_Button", "52", true},
+                                            {"pType1_Button", "33", false},
+                                            {"pType1_Button", "32", true},
+                                            {"pType1_Button", "", false},
+                                            {"pType1_Button", "8.5", false}}) {
+      press(dialog, type);
+      bits->setText(text);
+      EXPECT_EQ(accept->isEnabled(), right) << type << text;
     }
     bits->setText("16");
     EXPECT_TRUE(accept->isEnabled());
@@ -160,6 +167,8 @@ TEST_F(OptionDialogsTest, ViewsShowTheNumbersOfTheDesign) {
     EXPECT_TRUE(text.contains(QString::fromStdString(formatf("% .16e % .16e % .16e", first[0], first[1], first[2]))))
         << view;
     EXPECT_EQ(QApplication::clipboard()->text(), text);
+    EXPECT_EQ(text.contains(QString::fromStdString(formatf("kappa    1  % .16e", sets[view]->lattice.kappa[1]))),
+              view >= 2); // of the digital filters
   }
   window->View_IIRQuantizationAnalysis();
   EXPECT_EQ(text.toStdString(), quantization_analysis_text(design_record));

@@ -25,12 +25,6 @@ protected:
     z_entries = s_entries = *std::make_unique<SystemEntries>(); // no system of another test
   }
 
-  void open_pages(const char *item) {
-    QAction *action = menu_item(item);
-    ASSERT_TRUE(action) << item;
-    action->trigger();
-  }
-
   /// Largest differences of all responses from those of the command line, relative to their peaks.
   double distance_from_command_line(const std::string &text, const std::string &options = "") {
     folder.write("same.inp", text);
@@ -212,7 +206,7 @@ TEST_F(SystemPagesTest, EveryDigitalFormRunsToTheSameResultAsItsFile) {
     design_record.valid = 0;
     design_state.SDomainAnalysisMaximumGainOption = 0;
     walk({first_page(row.fields, row.clicks), second_page(row.cells)});
-    open_pages(row.item);
+    choose(row.item);
     const QString form = row.form;
     EXPECT_EQ(seen, (QStringList{form + "1Dialog", form + "2Dialog"})) << what;
     ASSERT_TRUE(design_record.valid) << what << dialogs.messages.join("; ").toStdString();
@@ -285,7 +279,7 @@ TEST_F(SystemPagesTest, EveryAnalogFormAndMappingRunsToTheSameResultAsItsFile) {
                             second_page(form.cells)};
       run.insert(run.end(), mapping.prewarp.begin(), mapping.prewarp.end());
       walk(run);
-      open_pages("&S Domain ...");
+      choose("&S Domain ...");
       const QString name = form.form;
       QStringList pages{"cSDomainSpecDialog", name + "1Dialog", name + "2Dialog"};
       if (!mapping.prewarp.empty()) pages.append("cPrewarpSpecDialog");
@@ -336,7 +330,7 @@ TEST_F(SystemPagesTest, PrevLeadsThroughAllPagesAndKeepsWhatWasTyped) {
           EXPECT_EQ(text_in(dialog, "pPrewarpFreq_Edit"), "77");
           next(dialog);
         }});
-  open_pages("&S Domain ...");
+  choose("&S Domain ...");
   EXPECT_EQ(step, steps.size());
   ASSERT_TRUE(design_record.valid);
   EXPECT_EQ(s_entries.pole_zero.poles[2].real(), -1234.5);
@@ -366,7 +360,7 @@ TEST_F(SystemPagesTest, CancelAnywhereLeavesEverythingAsItWas) {
   };
   for (const auto &run : runs) {
     walk(run.steps);
-    open_pages(run.item);
+    choose(run.item);
     EXPECT_EQ(step, steps.size());
     EXPECT_EQ(std::memcmp(z_before.get(), &z_entries, sizeof z_entries), 0) << run.item;
     EXPECT_EQ(std::memcmp(s_before.get(), &s_entries, sizeof s_entries), 0) << run.item;
@@ -388,7 +382,7 @@ TEST_F(SystemPagesTest, ThePagesBeginWithTheSystemThatWasLoadedInAllItsDigits) {
     const std::vector<double> before(plot_arrays.magnitude.begin(), plot_arrays.magnitude.begin() + 1001);
     design_record.valid = 0;
     walk({next, next, next, next});
-    open_pages(items[i]);
+    choose(items[i]);
     ASSERT_TRUE(design_record.valid) << files[i];
     EXPECT_EQ(std::vector<double>(plot_arrays.magnitude.begin(), plot_arrays.magnitude.begin() + 1001), before)
         << files[i];
@@ -421,7 +415,7 @@ TEST_F(SystemPagesTest, AWrongFieldIsMarkedAndNextWaits) {
       EXPECT_TRUE(next_enabled(dialog)) << row.field;
       cancel(dialog);
     }});
-    open_pages(row.item);
+    choose(row.item);
     EXPECT_EQ(step, 1u);
   }
   const struct {
@@ -442,7 +436,7 @@ TEST_F(SystemPagesTest, AWrongFieldIsMarkedAndNextWaits) {
             EXPECT_TRUE(reasons(dialog).contains(cell.reason)) << cell.reason << ": " << reasons(dialog).toStdString();
             cancel(dialog);
           }});
-    open_pages(cell.item);
+    choose(cell.item);
     EXPECT_EQ(step, 2u);
   }
   // A notch at 2500 Hz and a sampling frequency of 4000 Hz.
@@ -457,7 +451,7 @@ TEST_F(SystemPagesTest, AWrongFieldIsMarkedAndNextWaits) {
           EXPECT_TRUE(reasons(dialog).contains("is not below half the sampling frequency, 2000 Hz"));
           cancel(dialog);
         }});
-  open_pages("&S Domain ...");
+  choose("&S Domain ...");
   EXPECT_EQ(step, 4u);
 }
 
@@ -486,7 +480,7 @@ TEST_F(SystemPagesTest, RowsAreAddedDeletedAndPastedAndTheCountsFollow) {
           EXPECT_EQ(dialog.findChild<QTableWidget *>("pDenominator_Table")->rowCount(), 3);
           cancel(dialog);
         }});
-  open_pages("&Ratio of 2 Polynomials ...");
+  choose("&Ratio of 2 Polynomials ...");
   EXPECT_EQ(step, steps.size());
 
   walk({first_page({{"pNumTaps_Edit", "6"}}), [&](QDialog &dialog) {
@@ -504,7 +498,7 @@ TEST_F(SystemPagesTest, RowsAreAddedDeletedAndPastedAndTheCountsFollow) {
           EXPECT_TRUE(reasons(dialog).contains("there are no taps"));
           cancel(dialog);
         }});
-  open_pages("Symmetric &FIR Filter ...");
+  choose("Symmetric &FIR Filter ...");
   EXPECT_EQ(step, steps.size());
 }
 
@@ -521,11 +515,11 @@ TEST_F(SystemPagesTest, EveryPageHasItsHelp) {
   };
   for (const Row &row : digital_rows) {
     walk({help, help});
-    open_pages(row.item);
+    choose(row.item);
     EXPECT_EQ(step, 2u);
   }
   walk({help, help, help, help});
-  open_pages("&S Domain ...");
+  choose("&S Domain ...");
   EXPECT_EQ(step, 4u);
 }
 

@@ -129,6 +129,30 @@ protected:
     return nullptr;
   }
 
+  /// An item of the menus by keys: Alt and the letter of its menu, down to the item, right into a menu within.
+  void choose(const QString &text) {
+    QAction *at = menu_item(text);
+    ASSERT_TRUE(at) << text.toStdString();
+    std::deque<std::pair<QMenu *, QAction *>> path;
+    for (QMenu *in = menu_of(at); in; at = in->menuAction(), in = menu_of(at)) path.push_front({in, at});
+    window->activateWindow();
+    QCoreApplication::processEvents();
+    const QKeySequence letter = QKeySequence::mnemonic(path.front().first->title());
+    QTest::keyClick(window.get(), letter[0].key(), letter[0].keyboardModifiers());
+    for (const auto &[menu, item] : path) {
+      ASSERT_EQ(QApplication::activePopupWidget(), menu) << text.toStdString();
+      QTest::keyClick(menu, Qt::Key_Home);
+      for (int step = 0; menu->activeAction() != item && step < 30; step++) QTest::keyClick(menu, Qt::Key_Down);
+      QTest::keyClick(menu, item->menu() ? Qt::Key_Right : Qt::Key_Return);
+    }
+  }
+  static QMenu *menu_of(const QAction *action) {
+    for (QObject *object : action->associatedObjects())
+      if (auto *menu = qobject_cast<QMenu *>(object); menu && !menu->title().isEmpty()) // that of a narrow bar has none
+        return menu;
+    return nullptr;
+  }
+
   Workshop folder;
   DialogAnswerer dialogs;
   std::unique_ptr<cBriselApp> window;

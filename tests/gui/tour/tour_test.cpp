@@ -11,6 +11,7 @@
 #include <QPrintDialog>
 #include <QSpinBox>
 #include <QTableWidget>
+#include <QTextBrowser>
 #include <QToolBar>
 
 #include <cmath>
@@ -174,8 +175,12 @@ protected:
     const QString name = dialog.objectName();
     watch.doing = name;
     if (qobject_cast<QPrintDialog *>(&dialog)) return dialog.reject();
-    for (QDialog *help : dialog.findChildren<QDialog *>())
-      if (help->windowTitle() == "Help") help->close();
+    for (QDialog *help : dialog.findChildren<QDialog *>()) {
+      if (help->windowTitle() != "Help") continue;
+      EXPECT_TRUE(help->findChild<QTextBrowser *>()->toPlainText().contains("Example")) << name.toStdString();
+      helped.insert(name);
+      help->close();
+    }
     if (&dialog != visited) {
       visited = &dialog;
       presses = 0;
@@ -235,7 +240,7 @@ protected:
   }
 
   StallWatch watch;
-  std::set<QString> seen, pressed, titles;
+  std::set<QString> seen, helped, pressed, titles;
   QPointer<QDialog> visited;
   int presses = 0;
   int named = 0;
@@ -281,6 +286,7 @@ TEST_F(TourTest, EveryCommandDialogFieldAndButton) {
   EXPECT_FALSE(folder.files().contains("hacked"));
   EXPECT_LT(watch.longest, longest_gap_s) << "during " << watch.during.toStdString();
   EXPECT_GE(seen.size(), 25u);
+  for (const QString &name : seen) EXPECT_TRUE(helped.contains(name)) << name.toStdString() << " has no help";
   RecordProperty("dialogs", static_cast<int>(seen.size()));
   RecordProperty("buttons", static_cast<int>(pressed.size()));
 }

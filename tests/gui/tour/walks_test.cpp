@@ -3,13 +3,13 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/start_up.h"
 #include "engine/files/spec_file.h"
-#include "tests/gui/main_window/workstation_fixture.h"
+#include "tests/gui/dialogs/page_walk.h"
 
 #include <QComboBox>
-#include <QLineEdit>
-#include <QTableWidget>
 
 #include <nlohmann/json.hpp>
+
+#include <tuple>
 
 namespace brisel {
 namespace {
@@ -99,13 +99,17 @@ const std::vector<TypeRow> &types() {
 }
 
 struct MethodRow {
-  int position;                    // in the Design menu
-  std::vector<Entry> design;       // on the first page: buttons, "" for a click
-  const char *page;                // of the method; a type has its own where it has no estimates
-  std::vector<Entry> entries;      // there
-  const char *options;             // of the batch command
-  std::vector<WalkPage> more = {}; // pages after that
+  const char *item;              // of the menus
+  std::vector<Entry> design;     // on the first page: buttons, "" for a click; the Filter menu has none
+  const char *page;              // of the method; a type has its own where it has no estimates
+  std::vector<Entry> entries;    // there
+  const char *options;           // of the batch command
+  std::vector<WalkPage> more{};  // optional pages
 };
+constexpr const char *iir_design = "&IIR Design ...";
+constexpr const char *window_design = "&FIR Window Design ...";
+constexpr const char *equiripple_design = "&Equiripple Design ...";
+constexpr const char *lp_design = "&Linear Programming ...";
 
 class WalksTest : public WorkstationTest {
 protected:
@@ -133,14 +137,7 @@ protected:
         for (int n = QString(entries[i].text).toInt(); n > 0; n--) QTest::keyClick(box, Qt::Key_Down);
       } else if (auto *table = qobject_cast<QTableWidget *>(widget)) {
         const QStringList cell = QString(entries[i].text).split(',');
-        table->setFocus();
-        table->setCurrentCell(cell[0].toInt(), cell[1].toInt());
-        QTest::keyClick(table, Qt::Key_F2);
-        auto *editor = table->findChild<QLineEdit *>();
-        ASSERT_TRUE(editor);
-        editor->selectAll();
-        QTest::keyClicks(editor, entries[++i].text);
-        QTest::keyClick(editor, Qt::Key_Tab);
+        type_cell(*table, cell[0].toInt(), cell[1].toInt(), entries[++i].text);
       } else {
         auto *edit = qobject_cast<QLineEdit *>(widget);
         ASSERT_TRUE(edit) << entries[i].field;
@@ -151,15 +148,15 @@ protected:
     }
   }
 
-  /// The pages in their order; the last is left backwards once, and what it led back to must have kept its values.
+  /// The pages in their order; the last is left backwards once, and then all must have kept their values.
   void turn_page(QDialog &dialog) {
     const QString name = dialog.objectName();
     if (page >= pages.size()) return dialog.reject();
     const WalkPage &expected = pages[page];
     EXPECT_EQ(name.toStdString(), expected.name);
-    if (!went_back || page + 1 == pages.size()) enter(dialog, expected.entries);
+    if (!went_back) enter(dialog, expected.entries); // else all is still there
     for (const Entry &entry : expected.entries) {
-      const auto *edit = dialog.findChild<QLineEdit *>(entry.field);
+      const auto *edit = *entry.field ? dialog.findChild<QLineEdit *>(entry.field) : nullptr;
       EXPECT_EQ(edit ? edit->text() : entry.text, entry.text) << entry.field;
     }
     const bool last = page + 1 == pages.size();
@@ -176,25 +173,14 @@ protected:
     if (dialog.isVisible()) dialog.reject();
   }
 
-  /// An item of a menu by its keys: Alt and the menu's letter, then down to the item.
-  void choose(Qt::Key menu_letter, int position) {
-    window->activateWindow();
-    QCoreApplication::processEvents();
-    QTest::keyClick(window.get(), menu_letter, Qt::AltModifier);
-    QWidget *menu = QApplication::activePopupWidget();
-    ASSERT_TRUE(menu);
-    QTest::keyClick(menu, Qt::Key_Home);
-    for (int i = 0; i < position; i++) QTest::keyClick(menu, Qt::Key_Down);
-    QTest::keyClick(menu, Qt::Key_Return);
-  }
-
   void walk(const TypeRow &type, int type_button, const MethodRow &method) {
     SCOPED_TRACE(std::string(type.name) + " " + method.options);
-    const bool iir = method.position == 0;
+    const bool iir = std::string(method.item) == iir_design;
     const std::string type_name = "pType" + std::to_string(type_button) + "_Button";
     std::vector<Entry> design = method.design;
     design.push_back({type_name.c_str(), ""});
-    pages = {{iir ? "cIirDesignDialog" : "cFirDesignDialog", design}};
+    pages.clear();
+    if (type_button >= 0) pages.push_back({iir ? "cIirDesignDialog" : "cFirDesignDialog", design});
     first_page = pages.size();
     pages.insert(pages.end(), type.pages.begin(), type.pages.end());
     pages.push_back({method.page, method.entries});
@@ -203,7 +189,7 @@ protected:
     went_back = false;
     dialogs.messages.clear();
     design_record.valid = 0;
-    choose(Qt::Key_D, method.position);
+    choose(method.item);
     EXPECT_EQ(page, pages.size());
     EXPECT_EQ(filter_types[static_cast<std::size_t>(current_spec->type)].file_name, type.name);
 
@@ -221,7 +207,7 @@ protected:
     EXPECT_EQ(batch.status == 0, design_record.valid != 0) << batch.err << dialogs.messages.join("; ").toStdString();
     if (batch.status != 0 || !design_record.valid) return;
     const auto json = nlohmann::json::parse(batch.out);
-    if (iir)
+    if (json.contains("iir"))
       compare(json["iir"]);
     else
       compare_taps(json["fir"]);
@@ -274,10 +260,15 @@ TEST_F(WalksTest, EveryFirMethodOfEveryTypeEqualsTheBatchJob) {
     const char *page_of_others = own ? "cFirLengthDialog" : "cEqLpLsEstDialog";
     const Entry hamming = own ? Entry{"pWindow_Box", "3"} : Entry{"pWindow3_Button", ""};
     walk(type, type.fir_button,
-         {1, {}, window_page, {hamming, {"pLength_Edit", "49"}}, "--method window --window hamming --length 49"});
-    walk(type, type.fir_button, {2, {}, page_of_others, {{"pLength_Edit", "43"}}, "--method equiripple --length 43"});
+         {window_design,
+          {},
+          window_page,
+          {hamming, {"pLength_Edit", "49"}},
+          "--method window --window hamming --length 49"});
     walk(type, type.fir_button,
-         {3, {}, page_of_others, {{"pLength_Edit", "31"}}, "--method linear-programming --length 31"});
+         {equiripple_design, {}, page_of_others, {{"pLength_Edit", "43"}}, "--method equiripple --length 43"});
+    walk(type, type.fir_button,
+         {lp_design, {}, page_of_others, {{"pLength_Edit", "31"}}, "--method linear-programming --length 31"});
   }
   EXPECT_GE(compared, 25);
 }
@@ -288,26 +279,26 @@ TEST_F(WalksTest, CompensatedAndEqualizedIirDesignsEqualTheBatchJob) {
   const WalkPage comb{"cCompSpecDialog",
                       {{"pComb_Button", ""}, {"pRate_Edit", "16"}, {"pDelay_Edit", "1"}, {"pStages_Edit", "4"}}};
   const MethodRow rows[] = {
-      {0,
+      {iir_design,
        {yes, {"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype3_Button", ""}},
        "--prototype elliptic --compensation sinc",
        {hold}},
-      {0,
+      {iir_design,
        {yes, {"pMethod2_Button", ""}, {"pRealization1_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype1_Button", ""}, {"pOrder_Edit", "8"}},
        "--prototype tschebyscheff --order 8 --mapping matched-z --realization parallel --compensation comb "
        "--rate-change 16 --stages 4",
        {comb}},
-      {0,
+      {iir_design,
        {yes, {"pEqualization1_Button", ""}, {"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype3_Button", ""}, {"pOrder_Edit", "6"}},
        "--prototype elliptic --order 6 --compensation sinc --phase-equalizer 2",
        {hold, {"cPhaseEQDialog", {{"pNumSections_Edit", "2"}, {"pDesignMethod_Box", "2"}}}}},
-      {0,
+      {iir_design,
        {no, {"pEqualization0_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype3_Button", ""}, {"pOrder_Edit", "6"}},
@@ -325,36 +316,40 @@ TEST_F(WalksTest, CompensatedAndEqualizedIirDesignsEqualTheBatchJob) {
 
 TEST_F(WalksTest, EveryIirPrototypeMappingAndRealizationEqualsTheBatchJob) {
   const MethodRow rows[] = {
-      {0,
+      {iir_design,
        {{"pMethod0_Button", ""}, {"pRealization0_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype0_Button", ""}},
        "--prototype butterworth"},
-      {0, {}, "cIirOrderEstDialog", {{"pPrototype1_Button", ""}}, "--prototype tschebyscheff"},
-      {0, {}, "cIirOrderEstDialog", {{"pPrototype2_Button", ""}}, "--prototype inverse-tschebyscheff"},
-      {0, {}, "cIirOrderEstDialog", {{"pPrototype3_Button", ""}}, "--prototype elliptic"},
-      {0, {}, "cIirOrderEstDialog", {{"pPrototype4_Button", ""}, {"pOrder_Edit", "6"}}, "--prototype bessel --order 6"},
-      {0,
+      {iir_design, {}, "cIirOrderEstDialog", {{"pPrototype1_Button", ""}}, "--prototype tschebyscheff"},
+      {iir_design, {}, "cIirOrderEstDialog", {{"pPrototype2_Button", ""}}, "--prototype inverse-tschebyscheff"},
+      {iir_design, {}, "cIirOrderEstDialog", {{"pPrototype3_Button", ""}}, "--prototype elliptic"},
+      {iir_design,
+       {},
+       "cIirOrderEstDialog",
+       {{"pPrototype4_Button", ""}, {"pOrder_Edit", "6"}},
+       "--prototype bessel --order 6"},
+      {iir_design,
        {{"pRealization1_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype1_Button", ""}, {"pOrder_Edit", "8"}},
        "--prototype tschebyscheff --order 8 --realization parallel"},
-      {0,
+      {iir_design,
        {{"pMethod2_Button", ""}, {"pRealization2_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype0_Button", ""}, {"pOrder_Edit", "4"}},
        "--prototype butterworth --order 4 --mapping matched-z --realization ratio"},
-      {0,
+      {iir_design,
        {{"pMethod1_Button", ""}, {"pPath1_Button", ""}, {"pRealization1_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype0_Button", ""}, {"pOrder_Edit", "6"}},
        "--prototype butterworth --order 6 --mapping impulse-invariant --impulse-path z-first --realization parallel"},
-      {0,
+      {iir_design,
        {{"pMethod1_Button", ""}, {"pPath0_Button", ""}, {"pRealization0_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype1_Button", ""}, {"pOrder_Edit", "6"}},
        "--prototype tschebyscheff --order 6 --mapping impulse-invariant --impulse-path s-first"},
-      {0,
+      {iir_design,
        {{"pMethod0_Button", ""}, {"pRealization3_Button", ""}},
        "cIirOrderEstDialog",
        {{"pPrototype3_Button", ""}},
@@ -369,6 +364,132 @@ TEST_F(WalksTest, EveryIirPrototypeMappingAndRealizationEqualsTheBatchJob) {
     }
   }
   EXPECT_GE(compared, 30);
+}
+
+TEST_F(WalksTest, GroupDelayFiltersEqualTheBatchJob) {
+  const TypeRow group_delay{
+      "ARBITRARY GROUP DELAY",
+      -1,
+      4,
+      {{"cArbGDSpec1Dialog", {{"pSampFreq_Edit", "8000"}, {"pRipple_Edit", "0.5"}, {"pNumValues_Edit", "3"}}},
+       {"cArbGDSpec2Dialog",
+        {{"pPoints_Table", "0,0"},
+         {"", "500"},
+         {"pPoints_Table", "0,1"},
+         {"", "6"},
+         {"pPoints_Table", "1,0"},
+         {"", "1500"},
+         {"pPoints_Table", "1,1"},
+         {"", "8.5"},
+         {"pPoints_Table", "2,0"},
+         {"", "3000"},
+         {"pPoints_Table", "2,1"},
+         {"", "9"}}}}};
+  for (const auto &[sections, method, options] : {std::tuple{"3", "0", "--sections 3 --delay-method least-squares"},
+                                                  {"4", "1", "--sections 4 --delay-method least-p"},
+                                                  {"2", "2", "--sections 2 --delay-method minimax"}})
+    walk(group_delay, 4,
+         {iir_design,
+          {},
+          "cArbGDOrderDialog",
+          {{"pNumSections_Edit", sections}, {"pDesignMethod_Box", method}},
+          options});
+  walk(group_delay, -1,
+       {"Arbitrary &Group Delay ...", {}, "cArbGDOrderDialog", {{"pNumSections_Edit", "3"}}, "--sections 3"});
+  EXPECT_EQ(compared, 4);
+}
+
+TEST_F(WalksTest, OptionalPagesAndModesEqualTheBatchJob) {
+  const std::vector<Entry> taps{{"pLength_Edit", "45"}};
+  const auto fir = [](const char *compensation, const char *gain, const char *phase) {
+    return std::vector<Entry>{{compensation, ""}, {gain, ""}, {phase, ""}};
+  };
+  const auto iir = [](const char *equalization) {
+    return std::vector<Entry>{{"pMethod0_Button", ""}, {"pRealization0_Button", ""}, {equalization, ""}};
+  };
+  const char *const window_page = "cFirWinLengthEstDialog", *const optimal_page = "cEqLpLsEstDialog";
+  const struct {
+    std::size_t type;
+    MethodRow method;
+  } rows[] = {
+      {0,
+       {window_design,
+        fir("pCompensation1_Button", "pGain0_Button", "pPhase0_Button"),
+        window_page,
+        taps,
+        "--method window --length 45 --compensation sinc",
+        {{"cCompSpecDialog", {{"pSinc_Button", ""}}}}}},
+      {0,
+       {equiripple_design,
+        fir("pCompensation1_Button", "pGain1_Button", "pPhase0_Button"),
+        optimal_page,
+        taps,
+        "--method equiripple --length 45 --gain maximum --compensation comb --rate-change 8 --differential-delay 2 "
+        "--stages 3",
+        {{"cCompSpecDialog",
+          {{"pComb_Button", ""}, {"pRate_Edit", "8"}, {"pDelay_Edit", "2"}, {"pStages_Edit", "3"}}}}}},
+      {2,
+       {window_design, fir("pCompensation0_Button", "pGain1_Button", "pPhase1_Button"), window_page, taps,
+        "--method window --length 45 --gain maximum --minimum-phase dft"}},
+      {1,
+       {equiripple_design,
+        fir("pCompensation0_Button", "pGain0_Button", "pPhase2_Button"),
+        optimal_page,
+        {{"pLength_Edit", "24"}},
+        "--method equiripple --length 24 --minimum-phase spectral"}},
+      {4,
+       {equiripple_design,
+        fir("pCompensation0_Button", "pGain0_Button", "pPhase0_Button"),
+        "cFirLengthDialog",
+        {{"pLength_Edit", "30"}},
+        "--method equiripple --length 30"}},
+      {0,
+       {iir_design,
+        iir("pEqualization1_Button"),
+        "cIirOrderEstDialog",
+        {{"pPrototype0_Button", ""}, {"pOrder_Edit", "4"}},
+        "--prototype butterworth --order 4 --phase-equalizer 2 --delay-method least-squares",
+        {{"cPhaseEQDialog", {{"pNumSections_Edit", "2"}, {"pDesignMethod_Box", "0"}}}}}},
+      {2,
+       {iir_design,
+        iir("pEqualization1_Button"),
+        "cIirOrderEstDialog",
+        {{"pPrototype1_Button", ""}, {"pOrder_Edit", "4"}},
+        "--prototype tschebyscheff --order 4 --phase-equalizer 3 --delay-ripple 40 --delay-method minimax",
+        {{"cPhaseEQDialog", {{"pNumSections_Edit", "3"}, {"pRipple_Edit", "40"}, {"pDesignMethod_Box", "2"}}}}}},
+      {3,
+       {iir_design,
+        iir("pEqualization0_Button"),
+        "cIirOrderEstDialog",
+        {{"pPrototype3_Button", ""}},
+        "--prototype elliptic"}},
+  };
+  for (const auto &row : rows) {
+    const TypeRow &type = types()[row.type];
+    walk(type, row.method.item == iir_design ? type.iir_button : type.fir_button, row.method);
+  }
+  EXPECT_EQ(compared, static_cast<int>(std::size(rows)));
+}
+
+// Without a design page the method is that of the session.
+TEST_F(WalksTest, EveryItemOfTheFilterMenuEqualsTheBatchJob) {
+  const char *const items[] = {
+      "&Lowpass ...",        "&Highpass ...",      "&Bandpass ...",          "Band&stop ...",
+      "&Differentiator ...", "&Multi-band ...",    "&Hilbert Transform ...", "Arbitrary &Magnitude ...",
+      "Hal&fband ...",       "Raised &Cosine ...", "&Root Raised Cosine ..."};
+  ASSERT_EQ(std::size(items), types().size());
+  for (std::size_t i = 0; i < std::size(items); i++) {
+    const std::string name = types()[i].name;
+    const bool own = name == "DIFFERENTIATOR" || name == "HILBERT TRANSFORMER" || name == "ARBITRARY MAGNITUDE";
+    design_state.DesignOrAnalysisType = code(DesignMethod::equiripple);
+    walk(types()[i], -1,
+         {items[i],
+          {},
+          own ? "cFirLengthDialog" : "cEqLpLsEstDialog",
+          {{"pLength_Edit", "41"}},
+          "--method equiripple --length 41"});
+  }
+  EXPECT_EQ(compared, static_cast<int>(std::size(items)));
 }
 
 } // namespace
