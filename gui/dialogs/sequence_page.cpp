@@ -52,6 +52,10 @@ QString shown_frequency(double value) {
   return shown(value * design_state.unit_factor_inverse);
 }
 
+QString sampling_frequency_text(double rate) {
+  return QString::asprintf("Sampling Frequency: %g", rate * design_state.unit_factor_inverse);
+}
+
 QString frequency_unit() {
   return design_state.FrequencyMode ? "rad/s" : "Hz";
 }

@@ -80,6 +80,8 @@ QString shown(double value);
 int width_of(const QWidget *field, const char *text);
 /// A frequency in radians per second in the unit of the session.
 QString shown_frequency(double value);
+/// What read-only labels say of a sampling frequency in radians per second; its unit stands in a label of its own.
+QString sampling_frequency_text(double rate);
 /// The unit's short name.
 QString frequency_unit();
 

@@ -18,11 +18,6 @@ QString caption(int type) {
   return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
-QString sampling_frequency(const FilterSpec &spec) {
-  return QString::asprintf("Sampling Frequency: %g", spec.sampling_frequency * design_state.unit_factor_inverse) + " " +
-         frequency_unit();
-}
-
 } // namespace
 
 cLowHighSpecDialogImpl::cLowHighSpecDialogImpl(QWidget *parent) : SpecPage(parent, "low-high") {
@@ -105,7 +100,8 @@ QWidget *cMBandArbMagSpecDialogImpl::widget_of(const SpecComplaint &complaint) {
 
 cMBandSpecDialogImpl::cMBandSpecDialogImpl(QWidget *parent) : SpecPage(parent, "multiband") {
   setupUi(this);
-  pSampFreq_Label->setText(sampling_frequency(typed));
+  pSampFreq_Label->setText(sampling_frequency_text(typed.sampling_frequency));
+  pUnit_Label->setText(frequency_unit());
   std::vector<SpecRow> rows;
   for (int i = 0; i < max_bands; i++) {
     const SpecRow row[] = {{findChild<QLineEdit *>(QString("pLE%1_Edit").arg(i + 1)), SpecField::band_lower, i, hz},
@@ -123,7 +119,8 @@ cMBandSpecDialogImpl::cMBandSpecDialogImpl(QWidget *parent) : SpecPage(parent, "
 
 cArbMagSpec1DialogImpl::cArbMagSpec1DialogImpl(QWidget *parent) : SpecPage(parent, "arbitrary-magnitude", false) {
   setupUi(this);
-  pSampFreq_Label->setText(sampling_frequency(typed));
+  pSampFreq_Label->setText(sampling_frequency_text(typed.sampling_frequency));
+  pUnit_Label->setText(frequency_unit());
   std::vector<SpecRow> rows;
   for (int i = 0; i < max_arbitrary_bands; i++) {
     const auto edit = [&](const char *name) { return findChild<QLineEdit *>(QString(name).arg(i + 1)); };
@@ -227,10 +224,11 @@ QWidget *cArbGDSpec1DialogImpl::widget_of(const SpecComplaint &complaint) {
 
 cArbGDSpec2DialogImpl::cArbGDSpec2DialogImpl(QWidget *parent) : SpecPage(parent, "group-delay") {
   setupUi(this);
-  pSampFreq_Label->setText(sampling_frequency(typed));
+  pSampFreq_Label->setText(sampling_frequency_text(typed.sampling_frequency));
+  pUnit_Label->setText(frequency_unit());
   pNumValues_Label->setText(QString::asprintf("Number of Group Values: %d", typed.band_count));
-  points.set_up(pPoints_Table, {"Frequency", "Group Delay"}, max_function_points, pAdd_Button, pDelete_Button,
-                pPaste_Button);
+  points.set_up(pPoints_Table, {"Frequency (" + frequency_unit() + ")", "Group Delay (samples)"}, max_function_points,
+                pAdd_Button, pDelete_Button, pPaste_Button);
   std::vector<std::vector<double>> rows;
   for (std::size_t i = 0; i < static_cast<std::size_t>(typed.band_count); i++)
     rows.push_back({typed.function_frequency[i] * design_state.unit_factor_inverse, typed.function_value[i]});

@@ -12,10 +12,6 @@ namespace {
 // The forms of the dialog of the s domain.
 constexpr std::array analog_options{InputOption::ratio, InputOption::pole_zero, InputOption::product, InputOption::sum};
 
-QString sampling_frequency_text(double rate) {
-  return QString::asprintf("Sampling Frequency: %g ", rate * design_state.unit_factor_inverse) + frequency_unit();
-}
-
 int size_of(const NumberRows &rows) {
   return static_cast<int>(rows.size());
 }
@@ -363,6 +359,7 @@ cPrewarpSpecDialogImpl::cPrewarpSpecDialogImpl(QWidget *parent, SystemDraft &dra
   setupUi(this);
   pForm_Label->setText("Form: " + draft.form_text());
   pSampFreq_Label->setText(sampling_frequency_text(draft.lists().sample_rate));
+  pUnit_Label->setText(frequency_unit());
   pPrewarpFreq_Edit->setText(shown_frequency(typed.frequency));
   add_unit(pPrewarpFreq_Edit, frequency_unit());
   pPrewarpAll_Box->setChecked(typed.every_root);

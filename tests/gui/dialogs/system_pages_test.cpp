@@ -3,6 +3,7 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/start_up.h"
 #include "engine/files/system_file.h"
+#include "engine/files/system_lists.h"
 #include "tests/gui/dialogs/page_walk.h"
 
 #include <QCheckBox>
@@ -321,7 +322,8 @@ TEST_F(SystemPagesTest, PrevLeadsThroughAllPagesAndKeepsWhatWasTyped) {
           next(dialog);
         },
         [](QDialog &dialog) {
-          EXPECT_EQ(dialog.findChild<QLabel *>("pSampFreq_Label")->text(), "Sampling Frequency: 8000 Hz");
+          EXPECT_EQ(dialog.findChild<QLabel *>("pSampFreq_Label")->text(), "Sampling Frequency: 8000");
+          EXPECT_EQ(dialog.findChild<QLabel *>("pUnit_Label")->text(), "Hz");
           type(dialog, "pPrewarpFreq_Edit", "77");
           click(dialog, "pPrev_Button");
         },
@@ -500,6 +502,36 @@ TEST_F(SystemPagesTest, RowsAreAddedDeletedAndPastedAndTheCountsFollow) {
         }});
   choose("Symmetric &FIR Filter ...");
   EXPECT_EQ(step, steps.size());
+}
+
+TEST_F(SystemPagesTest, WhatCannotBePastedIsToldAndChangesNothing) {
+  QString many;
+  for (int i = 0; i <= max_ratio_order + 1; i++) many += "1\n";
+  const struct {
+    QString text;
+    const char *told;
+    int rows; // afterwards
+  } cases[] = {{many, "There are 162 rows; at most 161 can be entered.", 3},
+               {"0,5\r\n1,5\r\n", "Line 1 does not hold one number: 0,5\nCommas separate columns", 3},
+               {"1 2\n", "Line 1 does not hold one number: 1 2", 3},
+               {"1\nx\n", "Line 2 does not hold one number: x", 3},
+               {"no numbers\n", "There are no numbers to paste.", 3},
+               {"Denominator\r\n1\r\n-0.5\r\n", nullptr, 2}};
+  walk({next, [&](QDialog &dialog) {
+          auto &table = *dialog.findChild<QTableWidget *>("pDenominator_Table");
+          for (const auto &c : cases) {
+            dialogs.messages.clear();
+            QGuiApplication::clipboard()->setText(c.text);
+            table.setFocus();
+            QTest::keyClick(&table, Qt::Key_V, Qt::ControlModifier);
+            EXPECT_EQ(table.rowCount(), c.rows) << c.text.toStdString();
+            EXPECT_TRUE(c.told ? dialogs.messages.join("").contains(c.told) : dialogs.messages.isEmpty())
+                << dialogs.messages.join("; ").toStdString();
+          }
+          cancel(dialog);
+        }});
+  choose("&Ratio of 2 Polynomials ...");
+  EXPECT_EQ(step, 2u);
 }
 
 TEST_F(SystemPagesTest, EveryPageHasItsHelp) {

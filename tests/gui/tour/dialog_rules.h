@@ -96,4 +96,8 @@ inline QStringList clipped_texts(const QDialog &dialog) {
   return faults;
 }
 
+inline QStringList all_faults(const QDialog &dialog) {
+  return mnemonic_faults(dialog) + tab_order_faults(dialog) + other_faults(dialog) + clipped_texts(dialog);
+}
+
 } // namespace brisel

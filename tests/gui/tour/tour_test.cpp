@@ -164,8 +164,7 @@ protected:
   }
 
   void check_rules(const QDialog &dialog) {
-    const QStringList faults =
-        mnemonic_faults(dialog) + tab_order_faults(dialog) + other_faults(dialog) + clipped_texts(dialog);
+    const QStringList faults = all_faults(dialog);
     EXPECT_TRUE(faults.isEmpty()) << dialog.objectName().toStdString() << ": " << faults.join("\n").toStdString();
   }
 

@@ -4,6 +4,7 @@
 #include "engine/core/start_up.h"
 #include "engine/files/spec_file.h"
 #include "tests/gui/dialogs/page_walk.h"
+#include "tests/gui/tour/dialog_rules.h"
 
 #include <QComboBox>
 
@@ -154,6 +155,7 @@ protected:
     if (page >= pages.size()) return dialog.reject();
     const WalkPage &expected = pages[page];
     EXPECT_EQ(name.toStdString(), expected.name);
+    EXPECT_EQ(all_faults(dialog).join("\n").toStdString(), "") << expected.name;
     if (!went_back) enter(dialog, expected.entries); // else all is still there
     for (const Entry &entry : expected.entries) {
       const auto *edit = *entry.field ? dialog.findChild<QLineEdit *>(entry.field) : nullptr;
