@@ -14,8 +14,6 @@
 #include <QShortcut>
 #include <QTableWidget>
 
-#include <algorithm>
-
 namespace brisel {
 
 namespace {
@@ -139,9 +137,6 @@ void SequencePage::mark(QWidget *field, const QString &reason) {
   if (!first && !label->text().isEmpty()) return;
   label->setTextFormat(Qt::PlainText);
   label->setText(reason);
-  // A layout alone gives a wrapped text no more height than the dialog happens to have.
-  const int needed = label->heightForWidth(std::max(label->width(), label->minimumWidth()));
-  if (isVisible() && needed > label->minimumHeight()) label->setMinimumHeight(needed);
   const bool dark = label->palette().color(QPalette::Window).lightness() < 128;
   label->setStyleSheet(dark ? "color: #ff9a90" : "color: #c02020");
 }
