@@ -8,7 +8,9 @@
 
 #include <QCheckBox>
 #include <QClipboard>
+#include <QMessageBox>
 #include <QRadioButton>
+#include <QTimer>
 #include <nlohmann/json.hpp>
 
 #include <cstring>
@@ -520,13 +522,19 @@ TEST_F(SystemPagesTest, WhatCannotBePastedIsToldAndChangesNothing) {
   walk({next, [&](QDialog &dialog) {
           auto &table = *dialog.findChild<QTableWidget *>("pDenominator_Table");
           for (const auto &c : cases) {
-            dialogs.messages.clear();
+            QString told;
+            QTimer::singleShot(0, [&told] { // from the event loop of the box
+              if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                told = box->text();
+                box->accept();
+              }
+            });
             QGuiApplication::clipboard()->setText(c.text);
             table.setFocus();
             QTest::keyClick(&table, Qt::Key_V, Qt::ControlModifier);
+            QCoreApplication::processEvents(); // the shot when there was no box
             EXPECT_EQ(table.rowCount(), c.rows) << c.text.toStdString();
-            EXPECT_TRUE(c.told ? dialogs.messages.join("").contains(c.told) : dialogs.messages.isEmpty())
-                << dialogs.messages.join("; ").toStdString();
+            EXPECT_TRUE(c.told ? told.contains(c.told) : told.isEmpty()) << told.toStdString();
           }
           cancel(dialog);
         }});
