@@ -100,12 +100,12 @@ const std::vector<TypeRow> &types() {
 }
 
 struct MethodRow {
-  const char *item;              // of the menus
-  std::vector<Entry> design;     // on the first page: buttons, "" for a click; the Filter menu has none
-  const char *page;              // of the method; a type has its own where it has no estimates
-  std::vector<Entry> entries;    // there
-  const char *options;           // of the batch command
-  std::vector<WalkPage> more{};  // optional pages
+  const char *item;             // of the menus
+  std::vector<Entry> design;    // on the first page: buttons, "" for a click; the Filter menu has none
+  const char *page;             // of the method; a type has its own where it has no estimates
+  std::vector<Entry> entries;   // there
+  const char *options;          // of the batch command
+  std::vector<WalkPage> more{}; // optional pages
 };
 constexpr const char *iir_design = "&IIR Design ...";
 constexpr const char *window_design = "&FIR Window Design ...";
