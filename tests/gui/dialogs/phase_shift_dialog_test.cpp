@@ -169,14 +169,15 @@ TEST_F(PhaseShiftDialogTest, AWrongFieldIsMarkedAndOkWaits) {
 
 TEST_F(PhaseShiftDialogTest, AReasonOfSeveralLinesIsNotCutOff) {
   walk({[&](QDialog &dialog) {
-    type(dialog, "pSampFreq_Edit", "-1.2345678901234567e-10");
+    type(dialog, "pSecondPassband_Edit", "4000");
+    for (QLabel *label : dialog.findChildren<QLabel *>()) // narrower than its text on every screen
+      if (!label->text().isEmpty() && label->wordWrap()) label->setText(label->text().repeated(4));
     dialogs.pause();
     QTest::qWait(20); // the layout follows by events
-    for (const QLabel *label : dialog.findChildren<QLabel *>())
-      if (!label->text().isEmpty() && label->wordWrap()) {
-        EXPECT_GT(label->heightForWidth(label->width()), label->fontMetrics().height()) << "several lines";
-        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
-      }
+    for (const QLabel *label : dialog.findChildren<QLabel *>()) {
+      if (label->text().isEmpty() || !label->wordWrap()) continue;
+      EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+    }
     dialogs.resume();
     cancel(dialog);
   }});
