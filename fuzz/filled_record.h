@@ -68,6 +68,14 @@ inline void fill_spec(ByteSource &in, int type, FilterSpec &spec) {
     }
     break;
   }
+  case FilterType::arbitrary_group_delay:
+    spec.band_count = in.below(8);
+    usual(8);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(spec.band_count); i++) {
+      spec.function_frequency[i] = edges[i];
+      spec.function_value[i] = 5 * in.coefficient();
+    }
+    break;
   default:
     usual(2);
     spec.passband_edge = {edges[0], edges[1]};

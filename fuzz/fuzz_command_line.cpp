@@ -3,8 +3,10 @@
 #include "batch/command_line.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/records.h"
+#include "engine/iir/allpass_delay.h"
 #include "fuzz/check.h"
 
+#include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,6 +24,13 @@ static void check_limits(const Job &job) {
   within(job.time_points, 1, 32002);
   within(job.method, 0, 4);
   within(job.stages, 1, 127);
+  within(job.phase_equalizer, 1, max_delay_sections);
+  within(job.delay_sections, 1, max_delay_sections);
+  within(job.delay_method, 0, 2);
+  within(job.minimum_phase, 0, 2);
+  within(job.data_notation, 0, 2);
+  if (job.delay_ripple) require(std::isfinite(*job.delay_ripple) && *job.delay_ripple > 0, "a ripple");
+  if (job.prewarp) require(std::isfinite(*job.prewarp) && *job.prewarp >= 0, "a frequency");
   if (job.frequency_range)
     require(all_finite(*job.frequency_range) && (*job.frequency_range)[0] >= 0 &&
                 (*job.frequency_range)[0] < (*job.frequency_range)[1],

@@ -58,6 +58,16 @@ void fill_selections(ByteSource &in, Answers &answers) {
   plot_settings.nfpts = 2 + in.below(60);
   plot_settings.dnimp = 1 + in.below(60);
   plot_settings.PlotType0Linear1Log = in.byte() % 2;
+  design_state.gain_specification_mode = in.byte() % 2;
+  design_state.PhaseEqualizationOption = in.byte() >= 200;
+  // The number of sections is given, so that no input waits for a search among all of them.
+  design_state.delay_sections = 1 + in.below(4);
+  design_state.delay_ripple = in.byte() % 2 ? in.fraction() * 10 : 0;
+  design_state.GroupDelayDesignMethod = in.byte();
+  workplace_settings.lpnorm = in.byte();
+  quantization_settings.optimize = in.byte() >= 200;
+  quantization_settings.op_num = in.below(3);
+  quantization_settings.op_steps = in.below(20);
 }
 
 void check_result() {

@@ -1,6 +1,9 @@
-// fuzz_forms.cpp - conversions between the forms of a system: a form that exists has finite coefficients, and one that
-// keeps digits has the response of the form it came from.
+// fuzz_forms.cpp - conversions between the forms of a system and from the s domain to the z domain: a form that exists
+// has finite coefficients, and one that keeps digits has the response of the form it came from.
 #include "engine/analysis/form_conversions.h"
+#include "engine/analysis/form_digits.h"
+#include "engine/core/system_conversion.h"
+#include "engine/files/system_file.h"
 #include "fuzz/check.h"
 #include "fuzz/filled_record.h"
 
@@ -56,6 +59,20 @@ void check_response(Domain domain, const IirForms &forms, const FormReport &foun
   if (std::isfinite(size)) require(std::abs(cascade - ratio) <= 1e-6 * size, "the same response");
 }
 
+/// What the conversion dialogs do with an entered system: a system whose numbers a file can hold, or a reason.
+void check_conversion(ByteSource &in, const ConvertibleSystem &source) {
+  const InputOption target{static_cast<std::int8_t>(in.below(7))};
+  const ZTransform map{static_cast<std::int8_t>(in.below(3))};
+  const MatchedPadding padding{in.below(3)};
+  const ConversionOutcome outcome =
+      source.domain == Domain::s ? convert_domain(source, map, padding, target) : convert_iir_form(source, target);
+  if (const auto *reason = std::get_if<std::string>(&outcome)) return require(!reason->empty(), "a reason");
+  const Conversion &made = *std::get<std::unique_ptr<Conversion>>(outcome);
+  require(made.system.domain == Domain::z && made.system.option == target, "the form asked for");
+  require(made.digits >= 3 && made.digits <= 17 && made.file_digits <= 17, "a number of digits");
+  if (made.file_digits >= 0) require(format_system(made.system, 0).has_value(), "a file can hold the result");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -64,6 +81,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   const Domain domain = in.byte() % 2 ? Domain::s : Domain::z;
   const RealizationForm source{static_cast<std::int8_t>(in.below(6))};
   fill_form(in, source, in.byte() < 240 ? 6 : 20, *forms);
+  static const auto system = std::make_unique<ConvertibleSystem>();
+  system->domain = domain;
+  system->option = *option_of_form(source);
+  system->iir = *forms;
+  check_conversion(in, *system);
   FormReport found{};
   if (!derive_forms(domain, source, *forms, found)) return 0;
   check_forms(*forms, found);

@@ -205,6 +205,8 @@ Complaint check_raised_cosine(const FilterSpec &spec) {
   const Edge rate{SpecField::symbol_rate, 0}, rolloff{SpecField::rolloff, 0};
   if (spec.symbol_rate <= 0)
     return complain(spec, rate, ", " + frequency(spec, spec.symbol_rate) + ", is not above zero");
+  if (spec.symbol_rate < min_sampling_frequency)
+    return complain(spec, rate, ", " + frequency(spec, spec.symbol_rate) + ", is too small");
   if (spec.rolloff < 0 || spec.rolloff > 1)
     return complain(spec, rolloff, formatf(", %.10g, is not between 0 and 1", spec.rolloff));
   if (spec.rolloff == 0) return complain(spec, rolloff, " is 0, which leaves a transition band of no width");

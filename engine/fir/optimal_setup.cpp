@@ -128,11 +128,11 @@ void note_optimal_report(const BandPlan &plan, const OptimalReport &report) {
       note += " That is more than in any band: another length or a narrower transition avoids it.";
     design_notes.push_back(note);
   }
-  if (plan.allowed_deviation > 0 && report.dense_peak_error > 1.001 * plan.allowed_deviation)
-    design_notes.push_back(
-        formatf("The filter deviates %.4g times as much as the specification allows: more taps bring "
-                "it closer.",
-                report.dense_peak_error / plan.allowed_deviation));
+  if (plan.allowed_deviation > 0 && report.dense_peak_error > 1.001 * plan.allowed_deviation) {
+    const double times = std::min(report.dense_peak_error / plan.allowed_deviation, 1e99); // infinity is no number
+    design_notes.push_back(formatf(
+        "The filter deviates %.4g times as much as the specification allows: more taps bring it closer.", times));
+  }
 }
 
 } // namespace brisel

@@ -136,6 +136,8 @@ TEST(SpecCheck, NamesTheFieldAndTheReason) {
        "the rolloff factor is 0, which leaves a transition band of no width"},
       {raised_cosine, [](auto &s) { s.symbol_rate = 0; }, SpecField::symbol_rate, 0,
        "the symbol rate, 0 Hz, is not above zero"},
+      {raised_cosine, [](auto &s) { s.symbol_rate = 1e-310; }, SpecField::symbol_rate, 0,
+       "the symbol rate, 1.591549431e-311 Hz, is too small"},
       {raised_cosine, [=](auto &s) { s.symbol_rate = 8000 * hz; }, SpecField::symbol_rate, 0,
        "the symbol rate, 8000 Hz, puts the stopband edge, 5000 Hz, above half the sampling frequency, 4000 Hz"},
       {multiband, [](auto &s) { s.band_count = 0; }, SpecField::band_count, 0,
