@@ -21,7 +21,7 @@ constexpr std::array iir_targets{InputOption::ratio,   InputOption::pole_zero, I
                                  InputOption::lattice, InputOption::ladder_1,  InputOption::ladder_2};
 constexpr std::array fir_targets{InputOption::symmetric_fir, InputOption::antisymmetric_fir,
                                  InputOption::nonsymmetric_fir, InputOption::lattice_fir};
-constexpr QSize least_text(800, 260);
+constexpr QSize least_text(880, 260); // a section in one line
 
 QString text_of(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
