@@ -138,7 +138,7 @@ bool derive(Domain domain, std::optional<RealizationForm> source, IirForms &form
   found.cascade = derive(RealizationForm::cascade, forms.cascade, [&] {
     if (!rooted || !pole_zero_to_cascade(domain, forms.pole_zero, forms.cascade, found.dropped_delay)) return false;
     // Poles and zeros that were entered run as these sections, and answer when they say.
-    if (!source && domain == Domain::z) restore_delay(forms.pole_zero, forms.cascade, found.dropped_delay);
+    if (!source && domain == Domain::z) restore_delay(forms.cascade, found.dropped_delay);
     return true;
   });
   found.parallel = derive(RealizationForm::parallel, forms.parallel, [&] {

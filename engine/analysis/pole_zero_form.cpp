@@ -137,15 +137,9 @@ bool build_sections(Domain domain, const PoleZeroEntry &pole_zero, long double g
   return true;
 }
 
-void restore_delay(const PoleZeroEntry &pole_zero, SectionEntry &cascade, int &dropped_delay) {
-  for (int i = 0; i < cascade.section_count; i++) {
-    const auto in_section = [i](int roots) { return std::clamp(roots - 2 * i, 0, 2); };
-    for (int k = in_section(zero_count(pole_zero)); k < in_section(pole_count(pole_zero)); k++) {
-      Triple &numerator = cascade.numerators[static_cast<std::size_t>(i)];
-      numerator = {0, numerator[0], numerator[1]};
-      dropped_delay--;
-    }
-  }
+void restore_delay(SectionEntry &cascade, int &dropped_delay) {
+  for (Triple &numerator : std::span(cascade.numerators).first(static_cast<std::size_t>(cascade.section_count)))
+    for (; dropped_delay > 0 && numerator[2] == 0; dropped_delay--) numerator = {0, numerator[0], numerator[1]};
 }
 
 bool pole_zero_to_cascade(Domain domain, const PoleZeroEntry &pole_zero, SectionEntry &cascade, int &dropped_delay) {

@@ -13,10 +13,6 @@ bool collect_roots(const SectionEntry &cascade, PoleZeroEntry &pole_zero, long d
 bool build_sections(Domain domain, const PoleZeroEntry &pole_zero, long double gain, SectionEntry &cascade,
                     int &dropped_delay);
 
-/// Gives a digital cascade that was built of `pole_zero` its delay back: a section with fewer zeros than poles begins
-/// with as many numerator coefficients of 0.
-void restore_delay(const PoleZeroEntry &pole_zero, SectionEntry &cascade, int &dropped_delay);
-
 inline int zero_count(const PoleZeroEntry &entry) {
   return entry.real_zeros + entry.complex_zeros;
 }

@@ -226,7 +226,7 @@ bool quantize_iir() {
     PoleZeroEntry work{};
     int dropped_delay = 0;
     if (!reorder_sections(z.cascade, work, dropped_delay)) return refuse(Message::scaling_impossible);
-    note_dropped_delay(dropped_delay);
+    restore_delay(z.cascade, dropped_delay);
   }
 
   cancel_delays(z.cascade);

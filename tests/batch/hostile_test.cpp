@@ -148,8 +148,8 @@ TEST(Surroundings, ThatLackSomethingAreSaidInOneLineOrDoNotMatter) {
     {"", "design lowpass.spc --c $(head -c 100000 /dev/zero | tr '\\0' x)", 1, "File name too long"},
     {"", "design $(printf 'a\\377\\033')", 1, "a\377\\x1B: cannot be opened"},
 #if defined(BRISEL_PICTURES) && !defined(BRISEL_SANITIZED)
-    {"ulimit -n 4;", "design lowpass.spc --pdf a.pdf", 1, ""},
-    {"ulimit -n 5;", "design lowpass.spc --pdf a.pdf", -1, ""},
+    {"exec 3>&- 4>&-; ulimit -n 4;", "design lowpass.spc --pdf a.pdf", 1, ""},
+    {"exec 3>&- 4>&-; ulimit -n 5;", "design lowpass.spc --pdf a.pdf", -1, ""},
     {"ulimit -v 90000;", "design lowpass.spc --pdf a.pdf", -1, ""},
     {"ulimit -v 110000;", "design lowpass.spc --pdf a.pdf", -1, ""},
 #endif
