@@ -42,8 +42,8 @@ bool parallel_to_pole_zero(Domain domain, const SectionEntry &parallel, PoleZero
 /// answers earlier. In s it is always 0. False: a complex value without its conjugate, or more than 200 of either.
 bool pole_zero_to_cascade(Domain domain, const PoleZeroEntry &pole_zero, SectionEntry &cascade, int &dropped_delay);
 
-/// Gives a digital cascade the delay back that it lost when it was built of poles and zeros: its first sections that have
-/// room for it begin with numerator coefficients of 0.
+/// Gives a digital cascade the delay back that it lost when it was built of poles and zeros: its first sections that
+/// have room for it begin with numerator coefficients of 0.
 void restore_delay(SectionEntry &cascade, int &dropped_delay);
 
 /// Brings the values of a list into pairs of neighbouring places, in the order in which the pairs begin: conjugates,
