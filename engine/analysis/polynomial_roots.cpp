@@ -14,6 +14,7 @@
 #include <cmath>
 #include <numbers>
 #include <numeric>
+#include <utility>
 
 namespace brisel {
 
@@ -43,19 +44,25 @@ QuadraticRoots quadratic_roots(const Triple &triple) {
   return {RootKind::distinct_real, static_cast<double>(q / a), static_cast<double>(c / q)};
 }
 
-// Diagonal similarity in powers of two that makes the norms of rows and columns alike. [Parlett69]
+// Diagonal similarity in powers of two that makes the norms of rows and columns alike, the diagonal apart. [Parlett69]
 static void balance(RootMatrix &m) {
-  for (bool changed = true; changed;) {
+  constexpr int most_sweeps = 200; // a handful in practice
+  bool changed = true;
+  for (int sweep = 0; changed && sweep < most_sweeps; sweep++) {
     changed = false;
     for (int i = 0; i < m.rows(); i++) {
-      const Real diagonal = std::fabs(m(i, i));
-      const Real column = m.col(i).lpNorm<1>() - diagonal, row = m.row(i).lpNorm<1>() - diagonal;
-      if (column == 0 || row == 0) continue;
-      const Real factor = std::ldexp(Real(1), static_cast<int>(std::lround(0.5L * std::log2(row / column))));
-      if (!(column * factor + row / factor < 0.95L * (column + row))) continue;
-      m.col(i) *= factor;
-      m.row(i) /= factor;
-      changed = true;
+      // Taken out and put back: subtracted from the sums, a large one would leave nothing but rounding.
+      const Real diagonal = std::exchange(m(i, i), Real(0));
+      const Real column = m.col(i).lpNorm<1>(), row = m.row(i).lpNorm<1>();
+      if (column > 0 && row > 0 && std::isfinite(column + row)) {
+        const Real factor = std::ldexp(Real(1), static_cast<int>(std::lround(0.5L * std::log2(row / column))));
+        if (column * factor + row / factor < 0.95L * (column + row)) {
+          m.col(i) *= factor;
+          m.row(i) /= factor;
+          changed = true;
+        }
+      }
+      m(i, i) = diagonal;
     }
   }
 }

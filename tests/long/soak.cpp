@@ -23,8 +23,8 @@ long resident() {
 
 const char *const jobs[] = {
     "design lowpass.spc --method window --length 501 --json a.json --report r --detail --trace t --trace-level high",
-    "design bandpass.spc --quantize fixed --structure canonic --c a.c --flt a.flt --inp a.inp --spc a.spc --dspic30 p "
-    "--dspic30-sim --adsp218x a.dat --dsp56800 a.h --plot-data a",
+    ("design bandpass.spc --quantize fixed --structure canonic --c a.c --flt a.flt --inp a.inp --spc a.spc --dspic30 p "
+     "--dspic30-sim --adsp218x a.dat --dsp56800 a.h --plot-data a"),
     "design lowpass.spc --method equiripple --quantize fixed --json a.json --data a.txt",
     "design lowpass.spc --method linear-programming --length 41 --matlab a.m",
     "design bandpass.spc --realization lattice --order 8 --json a.json",
