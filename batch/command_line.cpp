@@ -482,8 +482,9 @@ std::string command_help(const CommandRow &command) {
   summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
   text += summary + ".";
   if (command.command != Command::estimate)
-    text += " A short summary goes to standard output, unless that carries the JSON\nobject. Files are written only "
-            "when the whole job has succeeded.";
+    text +=
+        "\nA short summary goes to standard output, unless that carries the JSON object. Files are written only when\n"
+        "the whole job has succeeded.";
   text += "\n\n";
   if (*command.argument) text += help_row(command.argument, command.input);
   text += help_row("-h, --help", "this text");
