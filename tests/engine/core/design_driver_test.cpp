@@ -4,6 +4,7 @@
 #include "engine/core/design_state.h"
 #include "engine/core/start_up.h"
 #include "engine/files/spec_file.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <gtest/gtest.h>
@@ -18,10 +19,7 @@ const std::string examples = BRISEL_SOURCE_DIR "/examples/";
 struct Engine {
   ScriptedFrontEnd front;
   explicit Engine(const char *file = "lowpass.spc") {
-    StartOptions options;
-    options.read_setup = false;
-    options.files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}};
-    program_start(options);
+    test::start_engine_in_memory();
     EXPECT_EQ(load_filter_spec(examples + file), success);
     design_state.DesignOrAnalysisType = code(DesignMethod::window);
   }

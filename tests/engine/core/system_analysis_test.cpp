@@ -7,6 +7,7 @@
 #include "engine/files/design_report.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <cmath>
@@ -19,10 +20,7 @@ namespace {
 struct Engine {
   ScriptedFrontEnd front;
   Engine() {
-    StartOptions options;
-    options.read_setup = false;
-    options.files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}};
-    program_start(options);
+    test::start_engine_in_memory();
     report_off = true;
   }
   ~Engine() { program_exit(ExitMode::discard); }

@@ -9,6 +9,7 @@
 #include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
 #include "tests/engine/analysis/iir_systems.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <gtest/gtest.h>
@@ -22,10 +23,7 @@ namespace {
 struct Engine {
   ScriptedFrontEnd front;
   Engine() {
-    StartOptions options;
-    options.read_setup = false;
-    options.files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}};
-    program_start(options);
+    test::start_engine_in_memory();
     report_off = true;
   }
   ~Engine() {

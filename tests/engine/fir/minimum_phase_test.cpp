@@ -10,6 +10,7 @@
 #include "engine/fir/minimum_phase_design.h"
 #include "engine/fir/peak_gain.h"
 #include "engine/fir/windows.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <gtest/gtest.h>
@@ -192,12 +193,7 @@ TEST(PeakGain, LiesBetweenTheGridPoints) {
 
 class MinimumPhaseRun : public testing::Test {
 protected:
-  void SetUp() override {
-    StartOptions options;
-    options.read_setup = false;
-    options.files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}};
-    program_start(options);
-  }
+  void SetUp() override { test::start_engine_in_memory(); }
   void TearDown() override { program_exit(ExitMode::discard); }
 
   void run(const char *file, DesignMethod method, MinimumPhaseType type, int length) {

@@ -8,6 +8,7 @@
 #include "engine/core/start_up.h"
 #include "engine/files/spec_file.h"
 #include "engine/iir/delay_design.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <gtest/gtest.h>
@@ -179,12 +180,7 @@ TEST(AllpassDelay, TakesAsFewSectionsAsTheRippleNeeds) {
 
 class DelayRun : public testing::Test {
 protected:
-  void SetUp() override {
-    StartOptions options;
-    options.read_setup = false;
-    options.files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}};
-    program_start(options);
-  }
+  void SetUp() override { test::start_engine_in_memory(); }
   void TearDown() override { program_exit(ExitMode::discard); }
 
   struct Wish {

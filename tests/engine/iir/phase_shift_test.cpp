@@ -6,6 +6,7 @@
 #include "engine/core/phase_shift_design.h"
 #include "engine/core/start_up.h"
 #include "engine/core/system_analysis.h"
+#include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
 
 #include <gtest/gtest.h>
@@ -207,9 +208,7 @@ TEST(PhaseShift, TheZerosThatWorkAreTold) {
 
 struct Engine {
   ScriptedFrontEnd front;
-  Engine() {
-    program_start({.read_setup = false, .files = {{SystemFile::Kind::memory, ""}, {SystemFile::Kind::memory, ""}}});
-  }
+  Engine() { test::start_engine_in_memory(); }
   ~Engine() { program_exit(ExitMode::discard); }
 };
 
