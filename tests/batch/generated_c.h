@@ -21,8 +21,8 @@ inline std::string run_generated_c(const Workshop &shop, const std::string &comp
             ");\n  for (i = 0; i < 200; i++) printf(\"%.17g\\n\", (double)y[i]);\n  return 0;\n}\n";
   shop.write("driver.c", driver);
   const std::string build = "cd '" + shop.path("") + "' && " + compiler +
-                            " -std=c99 -Wno-keyword-macro -Wall -Wextra -pedantic -Werror -I " BRISEL_SOURCE_DIR
-                            "/codegen/support driver.c -o driver 2> log && ./driver > out";
+                            " -std=c99 -Wno-keyword-macro -Wall -Wextra -pedantic -Werror -I " +
+                            source_file("codegen/support") + " driver.c -o driver 2> log && ./driver > out";
   return std::system(build.c_str()) == 0 ? shop.read("out") : shop.read("log");
 }
 

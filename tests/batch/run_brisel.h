@@ -1,6 +1,8 @@
 // run_brisel.h - runs the real program in a folder of its own, as a shell would.
 #pragma once
 
+#include "tests/support/source_folder.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -59,7 +61,7 @@ public:
   /// `arguments` are words and redirections of the shell, `before` what stands in front of the program.
   Outcome run(const std::string &arguments, const std::string &before = "") const {
     const Workshop capture;
-    const std::string command = "cd '" + folder.string() + "' && { " + before + " '" BRISEL_EXECUTABLE "' " +
+    const std::string command = "cd '" + folder.string() + "' && { " + before + " '" + brisel_program() + "' " +
                                 arguments + "; } >'" + capture.path("out") + "' 2>'" + capture.path("err") +
                                 "' </dev/null";
     const int ended = std::system(command.c_str());
@@ -83,7 +85,7 @@ using Names = std::set<std::string>;
 
 /// A file of the examples folder.
 inline std::string example(const std::string &name) {
-  std::ifstream in(std::string(BRISEL_SOURCE_DIR "/examples/") + name, std::ios::binary);
+  std::ifstream in(source_file("examples/") + name, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
 }
 

@@ -1,5 +1,6 @@
 #include "codegen/c_code.h"
 #include "codegen/filter_name.h"
+#include "tests/support/source_folder.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -116,7 +117,7 @@ struct Folder {
   ~Folder() { fs::remove_all(path); }
 };
 
-constexpr const char *flags = " -Wall -Wextra -pedantic -Werror -I " BRISEL_SOURCE_DIR "/codegen/support ";
+const std::string flags = " -Wall -Wextra -pedantic -Werror -I " + source_file("codegen/support ");
 
 Signal read_numbers(const fs::path &path) {
   Signal out;
@@ -249,7 +250,7 @@ TEST(GeneratedC, IsAProgramThatFiltersATextFile) {
   for (int block = 0; block < 6; block++) // more than the program's buffer of 1000
     for (const double v : x) in << v << "\n";
   in.close();
-  ASSERT_EQ(std::system(("cc" + std::string(flags) + at + "/filter.c -o " + at + "/program -lm").c_str()), 0);
+  ASSERT_EQ(std::system(("cc" + flags + at + "/filter.c -o " + at + "/program -lm").c_str()), 0);
   std::system((at + "/program " + at + "/in " + at + "/out 2> " + at + "/log").c_str());
   const Signal y = read_numbers(folder.path / "out");
   ASSERT_EQ(y.size(), 6 * x.size());
@@ -280,7 +281,7 @@ TEST(GeneratedC, RecursiveNormalRoutineRunsTheArraysThatTheProgramSupplies) {
 }
 
 TEST(GeneratedC, IsByteForByteTheGoldenFile) {
-  const fs::path folder = fs::path(BRISEL_SOURCE_DIR) / "tests/codegen/golden";
+  const fs::path folder = source_file("tests/codegen/golden");
   for (const Case &c : cases) {
     c.prepare();
     std::string file = std::string(c.name) + ".c";

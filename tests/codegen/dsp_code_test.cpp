@@ -1,5 +1,6 @@
 #include "codegen/dsp_code.h"
 #include "codegen/dspic30.h"
+#include "tests/support/source_folder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -159,7 +160,7 @@ std::string assembly(const std::string &base, const CoefficientFile &image,
   return format_dspic30(base, image, options, 200).back().text;
 }
 
-const std::string golden_folder = BRISEL_SOURCE_DIR "/tests/codegen/golden/";
+const std::string golden_folder = source_file("tests/codegen/golden/");
 
 void expect_golden(const std::string &file, const std::string &text) {
   if (std::getenv("BRISEL_WRITE_GOLDEN")) std::ofstream(golden_folder + file) << text;

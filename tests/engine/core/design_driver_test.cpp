@@ -6,6 +6,7 @@
 #include "engine/files/spec_file.h"
 #include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ using namespace brisel;
 
 namespace {
 
-const std::string examples = BRISEL_SOURCE_DIR "/examples/";
+const std::string examples = source_file("examples/");
 
 // An engine with the lowpass example loaded, its system files in memory.
 struct Engine {

@@ -1,4 +1,5 @@
 #include "engine/core/messages.h"
+#include "tests/support/source_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -7,7 +8,7 @@
 
 using namespace brisel;
 
-static const std::string own_file = BRISEL_SOURCE_DIR "/share/brisel.msg";
+static const std::string own_file = source_file("share/brisel.msg");
 
 TEST(MessageFile, HasATextForEveryNumberOfTheProgram) {
   for (const Message number : all_messages) {

@@ -9,6 +9,7 @@
 #include "engine/files/system_file.h"
 #include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -242,7 +243,7 @@ TEST(SystemAnalysis, RefusesFrequenciesThatCannotBePrewarped) {
 
 TEST(Report, IsWrittenOnlyOnRequestAndInItsOrder) {
   Engine engine;
-  ASSERT_EQ(load_filter_spec(BRISEL_SOURCE_DIR "/examples/lowpass.spc"), success);
+  ASSERT_EQ(load_filter_spec(source_file("examples/lowpass.spc")), success);
   design_state.DesignOrAnalysisType = code(DesignMethod::window);
   design_filter();
   EXPECT_EQ(report_text(), "");
@@ -269,7 +270,7 @@ TEST(Report, IsWrittenOnlyOnRequestAndInItsOrder) {
 
 TEST(Report, OfAnIirDesignShowsPrototypeSectionsAndRoots) {
   Engine engine;
-  ASSERT_EQ(load_filter_spec(BRISEL_SOURCE_DIR "/examples/lowpass.spc"), success);
+  ASSERT_EQ(load_filter_spec(source_file("examples/lowpass.spc")), success);
   design_state.DesignOrAnalysisType = code(DesignMethod::iir);
   report_off = false;
   plot_settings.detout = 1;

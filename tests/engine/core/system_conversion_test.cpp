@@ -11,6 +11,7 @@
 #include "tests/engine/analysis/iir_systems.h"
 #include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -465,7 +466,7 @@ TEST(CurrentSystem, TheAnalogFilterOfADesignMapsToTheDesign) {
               {"bandpass", ZTransform::matched_z, AnalogPrototype::butterworth, MatchedPadding::bandpass},
               {"lowpass", ZTransform::impulse_invariant, AnalogPrototype::butterworth, MatchedPadding::lowpass}};
   for (const auto &row : rows) {
-    ASSERT_EQ(load_filter_spec(BRISEL_SOURCE_DIR "/examples/" + std::string(row.example) + ".spc"), success);
+    ASSERT_EQ(load_filter_spec(source_file("examples/") + std::string(row.example) + ".spc"), success);
     design_state.FrequencyMode = 0;
     design_state.DesignOrAnalysisType = code(DesignMethod::iir);
     design_state.ZTransformMethod = code(row.method);

@@ -2,6 +2,7 @@
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ using namespace brisel;
 // The examples of the documentation are files that the readers take.
 TEST(FileFormatsDocument, EveryExampleCanBeRead) {
   ScriptedFrontEnd screen;
-  std::ifstream document(BRISEL_SOURCE_DIR "/docs/file-formats.md");
+  std::ifstream document(source_file("docs/file-formats.md"));
   int specifications = 0, systems = 0, coefficients = 0;
   std::string line, text;
   bool inside = false;

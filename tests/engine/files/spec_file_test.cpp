@@ -4,6 +4,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 #include "tests/support/text_lines.h"
 
 #include <cmath>
@@ -438,7 +439,7 @@ TEST(LoadFilterSpec, AnEdgeAtHalfTheSamplingFrequencyStaysThereInSixDigits) {
 TEST(SpecFile, TheExamplesAreWhatTheWriterWrites) {
   ScriptedFrontEnd screen;
   int count = 0;
-  for (const auto &entry : fs::directory_iterator(BRISEL_SOURCE_DIR "/examples")) {
+  for (const auto &entry : fs::directory_iterator(source_file("examples"))) {
     if (entry.path().extension() != ".spc") continue;
     count++;
     const std::string text = content(entry.path());

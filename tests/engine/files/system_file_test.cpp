@@ -3,6 +3,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 #include "tests/support/text_lines.h"
 
 #include <cmath>
@@ -390,7 +391,7 @@ TEST(CurrentSystemFile, IsTheFilterThatWasDesigned) {
 TEST(SystemFile, TheExamplesAreWhatTheWriterWrites) {
   ScriptedFrontEnd screen;
   int count = 0;
-  for (const auto &file : fs::directory_iterator(BRISEL_SOURCE_DIR "/examples")) {
+  for (const auto &file : fs::directory_iterator(source_file("examples"))) {
     if (file.path().extension() != ".inp") continue;
     count++;
     std::ostringstream text;

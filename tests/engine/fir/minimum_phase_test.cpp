@@ -12,6 +12,7 @@
 #include "engine/fir/windows.h"
 #include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -197,7 +198,7 @@ protected:
   void TearDown() override { program_exit(ExitMode::discard); }
 
   void run(const char *file, DesignMethod method, MinimumPhaseType type, int length) {
-    ASSERT_EQ(load_filter_spec(std::string(BRISEL_SOURCE_DIR "/examples/") + file), success);
+    ASSERT_EQ(load_filter_spec(source_file("examples/") + file), success);
     design_state.DesignOrAnalysisType = code(method);
     design_state.MinimumPhaseType = code(type);
     front.posted.clear();
@@ -287,7 +288,7 @@ TEST_F(MinimumPhaseRun, RefusesBeforeItStartsWhatCannotBeDone) {
        [] { current_spec->stopband_ripple = 121; }},
   };
   for (const auto &row : rows) {
-    ASSERT_EQ(load_filter_spec(std::string(BRISEL_SOURCE_DIR "/examples/") + row.file), success);
+    ASSERT_EQ(load_filter_spec(source_file("examples/") + row.file), success);
     design_state.DesignOrAnalysisType = code(row.method);
     design_state.MinimumPhaseType = code(row.type);
     design_state.CompensationOption = 0;

@@ -10,6 +10,7 @@
 #include "engine/iir/delay_design.h"
 #include "tests/support/engine_in_memory.h"
 #include "tests/support/scripted_front_end.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -191,7 +192,7 @@ protected:
     RealizationForm form = RealizationForm::cascade;
   };
   void run(const char *file, const Wish &wish) {
-    ASSERT_EQ(load_filter_spec(std::string(BRISEL_SOURCE_DIR "/examples/") + file), success);
+    ASSERT_EQ(load_filter_spec(source_file("examples/") + file), success);
     design_state.DesignOrAnalysisType = code(DesignMethod::iir);
     design_state.PhaseEqualizationOption = wish.sections != 0 || wish.ripple != 0;
     design_state.ZTransformMethod = code(wish.mapping);
@@ -322,7 +323,7 @@ TEST_F(DelayRun, KeepsTheFilterBeforeWhenItIsStopped) {
   const SectionEntry before = design_record.z.cascade;
   int asked = 0;
   front.go_on = [&](double) { return ++asked < 5; };
-  ASSERT_EQ(load_filter_spec(std::string(BRISEL_SOURCE_DIR "/examples/lowpass.spc")), success);
+  ASSERT_EQ(load_filter_spec(source_file("examples/lowpass.spc")), success);
   design_state.DesignOrAnalysisType = code(DesignMethod::iir);
   design_state.PhaseEqualizationOption = 1;
   front.answer = [](Page) {

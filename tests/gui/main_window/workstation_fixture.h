@@ -5,6 +5,7 @@
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/brisel_mdi_child.h"
 #include "tests/batch/run_brisel.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -108,7 +109,7 @@ protected:
     window.reset();
   }
 
-  static std::string example(const std::string &name) { return BRISEL_SOURCE_DIR "/examples/" + name; }
+  static std::string example(const std::string &name) { return source_file("examples/") + name; }
   QString at(const std::string &name) const { return QString::fromStdString(folder.path(name)); }
   /// Designs examples/lowpass.spc.
   void design_lowpass(DesignMethod method = DesignMethod::window) {

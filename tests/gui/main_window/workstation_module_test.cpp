@@ -3,6 +3,7 @@
 #include "engine/files/spec_file.h"
 #include "gui/main_window/workstation_loader.h"
 #include "tests/batch/run_brisel.h"
+#include "tests/support/source_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ TEST(WorkstationModule, DesignsIntoTheStateOfTheProgram) {
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   setenv("XDG_CONFIG_HOME", folder.path("config").c_str(), 1);
   folder.write("system.brisel", "Brisel System Setup File V6.1\n\nBrisel.DesignOrAnalysisType: 1 \n");
-  std::string name = "brisel", file = BRISEL_SOURCE_DIR "/examples/lowpass.spc";
+  std::string name = "brisel", file = source_file("examples/lowpass.spc");
   char *arguments[] = {name.data(), file.data(), nullptr};
   EXPECT_EQ(run_workstation(MODULE_FOLDER, 2, arguments), 0);
   EXPECT_TRUE(seen_by_the_program);
@@ -47,7 +48,7 @@ TEST(WorkstationModule, DesignsIntoTheStateOfTheProgram) {
 
 // What the child of a death test finds when it has run the workstation on examples/lowpass.spc.
 [[noreturn]] void save_the_same_numbers(const Workshop &folder) {
-  std::string name = "brisel", file = BRISEL_SOURCE_DIR "/examples/lowpass.spc";
+  std::string name = "brisel", file = source_file("examples/lowpass.spc");
   char *arguments[] = {name.data(), file.data(), nullptr};
   const int result = run_workstation(MODULE_FOLDER, 2, arguments);
   const bool foreign = std::string(std::setlocale(LC_TIME, nullptr)) == "de_DE.UTF-8";
@@ -84,8 +85,8 @@ TEST(WorkstationModule, ADecimalCommaAndAMissingHomeChangeNoNumber) {
 TEST(WorkstationModule, LendsNoStandardStreamAndOutlivesItsReader) {
   Workshop folder;
   // From the outside, once it runs.
-  const std::string command = "cd " + folder.path("") +
-                              "; QT_QPA_PLATFORM=offscreen " BRISEL_EXECUTABLE " <&- >&- 2>&- & child=$!; "
+  const std::string command = "cd " + folder.path("") + "; QT_QPA_PLATFORM=offscreen " + brisel_program() +
+                              " <&- >&- 2>&- & child=$!; "
                               "for i in $(seq 500); do test -e SFIL.OUT && break; sleep 0.02; done; "
                               "for i in 0 1 2; do readlink /proc/$child/fd/$i; done >fds; "
                               "grep SigIgn /proc/$child/status >signals; kill $child; wait";
@@ -99,16 +100,16 @@ TEST(WorkstationModule, LendsNoStandardStreamAndOutlivesItsReader) {
 
 TEST(WorkstationModule, MissingModuleOrDisplayGivesOneLine) {
   Workshop folder;
-  std::filesystem::copy(BRISEL_EXECUTABLE, folder.path("alone"));
+  std::filesystem::copy(brisel_program(), folder.path("alone"));
   folder.write("fonts.conf", "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"fonts.dtd\"><fontconfig>"
                              "<dir>/nonexistent</dir></fontconfig>");
   const struct {
     std::string program, environment, says;
   } rows[] = {
-      {BRISEL_EXECUTABLE, "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM", "DISPLAY is not set"},
-      {BRISEL_EXECUTABLE, "env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM DISPLAY=:4711", "no display"},
-      {BRISEL_EXECUTABLE, "env QT_QPA_PLATFORM=no_such_platform", "no display"},
-      {BRISEL_EXECUTABLE, "env QT_QPA_PLATFORM=offscreen FONTCONFIG_FILE=" + folder.path("fonts.conf"), "no fonts"},
+      {brisel_program(), "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM", "DISPLAY is not set"},
+      {brisel_program(), "env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM DISPLAY=:4711", "no display"},
+      {brisel_program(), "env QT_QPA_PLATFORM=no_such_platform", "no display"},
+      {brisel_program(), "env QT_QPA_PLATFORM=offscreen FONTCONFIG_FILE=" + folder.path("fonts.conf"), "no fonts"},
       {folder.path("alone"), "env QT_QPA_PLATFORM=offscreen", "brisel_workstation.so is neither in"},
   };
   for (const auto &row : rows) {
