@@ -58,6 +58,15 @@ int accepted_order(const FilterSpec &spec, const DesignState &selections, double
   return order;
 }
 
+// The elliptic poles take the stopband for infinitely deep, which orders far below the estimate do not come near.
+void note_elliptic_ripple(int order, double k, double asked_db) {
+  const double ripple_db = elliptic_ripple(order, k, asked_db);
+  if (std::fabs(ripple_db / asked_db - 1) <= 0.01) return;
+  design_notes.push_back(formatf("The elliptic prototype of order %d has a passband ripple of %.3g dB, not the %.3g dB "
+                                 "asked for: its order is too low.",
+                                 order, ripple_db, asked_db));
+}
+
 // Lists a form in the trace under its heading.
 template <class Entry> void list(const char *heading, const Entry &entry) {
   trace("%s", heading);
@@ -335,10 +344,8 @@ bool design_iir_sections() {
   if (approximate)
     design_notes.push_back(
         formatf("The poles of a Bessel prototype above order %d are approximate.", max_refined_bessel_order));
-  if (family == AnalogPrototype::elliptic && k > max_exact_selectivity)
-    design_notes.push_back(formatf("The transition is so narrow (selectivity %.6f) that the elliptic ripples are only "
-                                   "approximately those asked for.",
-                                   k));
+  if (family == AnalogPrototype::elliptic)
+    note_elliptic_ripple(prototype_order(static_cast<FilterType>(spec.type), order), k, planned.passband_ripple);
   trace(" S Domain Normalized, wp = %g\n", wp);
   IirForms &normalized = r.s_normalized;
   dump(normalized.cascade);

@@ -21,12 +21,20 @@ double iir_selectivity(const FilterSpec &spec, ZTransform method) {
   return upper_is_tighter ? 1 / k1 : 1 / k2; // stopband edges inside the passband edges: the mirrored case
 }
 
+// Arithmetic-geometric mean of 1 and b.
+static double agm(double b) {
+  double a = 1;
+  while (a - b > 1e-9 * a) { // the mean after the next step is exact: the difference is squared in every one
+    const double mean = 0.5 * (a + b);
+    b = std::sqrt(a * b);
+    a = mean;
+  }
+  return 0.5 * (a + b);
+}
+
 double nome(double k) {
-  const double root = std::sqrt(std::sqrt((1 - k) * (1 + k)));
-  // (1 - root) / (1 + root) without the difference, which vanishes for small k.
-  const double q0 = 0.5 * k * k / ((1 + root * root) * (1 + root) * (1 + root));
-  const double q4 = q0 * q0 * q0 * q0;
-  return q0 * (1 + q4 * (2 + q4 * (15 + q4 * 150)));
+  const double k_complement = std::sqrt((1 - k) * (1 + k));
+  return std::exp(-std::numbers::pi * agm(k_complement) / agm(k));
 }
 
 } // namespace brisel
