@@ -291,6 +291,8 @@ const std::vector<OptionRow> &option_rows() {
       {"--data-layout", "LAYOUT", Choice{&Job::data_layout, data_layouts}, Group::output, for_results, with_any,
        "one number a line, numbers between commas, or an array for a C program; default: lines"},
       {"--c", "FILE", OutputPath{&Job::c}, Group::code, for_results, with_any, "C source"},
+      {"--c-support", "", Switch{&Job::c_support}, Group::code, for_results, with_any,
+       "brisel_cgen.h and brisel_filt.c beside the C source, which includes them, unless they are there"},
       {"--dspic30", "BASE", OutputPath{&Job::dspic30}, Group::code, for_results, with_any,
        "dsPIC30 assembly BASE.s; with the options below also BASE.h and so on"},
       {"--dspic30-header", "", Switch{&Job::dspic30_header}, Group::code, for_results, with_any,
@@ -298,7 +300,7 @@ const std::vector<OptionRow> &option_rows() {
       {"--dspic30-space", "SPACE", Choice{&Job::dspic30_space, coefficient_spaces}, Group::code, for_results, with_any,
        "where the coefficients lie; default: x-data"},
       {"--dspic30-sim", "", Switch{&Job::dspic30_simulation}, Group::code, for_results, with_any,
-       "files that simulate the impulse response"},
+       "files that simulate the impulse response, the C header among them"},
       {"--dspic30-script", "LANGUAGE", Choice{&Job::dspic30_script, plot_scripts}, Group::code, for_results, with_any,
        "script that plots the simulated response"},
       {"--adsp218x", "FILE", OutputPath{&Job::adsp218x}, Group::code, for_results, with_any,
@@ -607,6 +609,7 @@ void refuse_unused_options(const Job &job, int method) {
     needs(&Job::data_stage, !job.data.empty(), "--data");
     needs(&Job::data_notation, !job.data.empty(), "--data");
     needs(&Job::data_layout, !job.data.empty(), "--data");
+    needs(&Job::c_support, !job.c.empty(), "--c");
     needs(&Job::dspic30_header, !job.dspic30.empty(), "--dspic30");
     needs(&Job::dspic30_space, !job.dspic30.empty(), "--dspic30");
     needs(&Job::dspic30_simulation, !job.dspic30.empty(), "--dspic30");

@@ -42,7 +42,7 @@ struct Job {
   bool detail = false;
   std::optional<int> trace_level; // 0 low, 1 high
   std::optional<int> dspic30_space, dspic30_script;
-  bool dspic30_header = false, dspic30_simulation = false;
+  bool dspic30_header = false, dspic30_simulation = false, c_support = false;
   std::optional<int> cocentric_format, data_stage, data_notation, data_layout;
   bool cocentric_comments = false;
 

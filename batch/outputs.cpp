@@ -4,6 +4,7 @@
 #include "batch/pictures.h"
 #include "batch/summary.h"
 #include "codegen/c_code.h"
+#include "codegen/c_support.h"
 #include "codegen/data_files.h"
 #include "codegen/dsp_checks.h"
 #include "codegen/dsp_code.h"
@@ -132,13 +133,24 @@ private:
   fail(front_end.failure(std::string(option) + ": " + one_line(message_text(number))));
 }
 
-void add_c_code(const std::string &path, const BatchFrontEnd &front_end, Outputs &outputs) {
+void add_c_code(const Job &job, const BatchFrontEnd &front_end, Outputs &outputs) {
+  const std::string &path = job.c;
   const Origin made = origin();
   std::string text;
   if (const Status status = format_c_code(path, design_record, made.user, made.date, made.time, text);
       status != success)
     fail_generator("--c", status, front_end);
   outputs.add(path, std::move(text));
+  std::error_code error;
+  if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+    if (job.c_support) fail("--c-support: " + path + " is no file that others could lie beside");
+    return;
+  }
+  std::vector<GeneratedFile> support;
+  if (job.c_support) support = missing_c_support(path);
+  std::string note = c_support_note(path, support);
+  design_notes.push_back(std::move(note));
+  for (GeneratedFile &file : support) outputs.add(file.path, std::move(file.text));
 }
 
 void add_data(const char *option, const std::string &path, DataText made, Outputs &outputs) {
@@ -164,15 +176,13 @@ void add_data_files(const Job &job, Outputs &outputs) {
   }
 }
 
-void require_dsp(const char *option, bool canonic_only) {
-  if (const char *why = dsp_refusal(design_record, canonic_only)) fail(std::string(option) + ": " + why);
-  if (!design_record.quantization.quant)
-    fail(std::string(option) + ": " + one_line(message_text(Message::not_quantized)));
+void require_dsp(const char *option, DspFamily family) {
+  if (const char *why = dsp_refusal(design_record, family)) fail(std::string(option) + ": " + why);
 }
 
 void add_dsp_code(const char *option, DspFamily family, const std::string &path, const BatchFrontEnd &front_end,
                   Outputs &outputs) {
-  require_dsp(option, family == DspFamily::dsp56800);
+  require_dsp(option, family);
   const TemporaryFile temporary(path + "_BRISELSYS");
   std::string text, note;
   if (const int status = prepare_dsp_code(family, path, design_record.selections, origin(), text, &note);
@@ -183,7 +193,7 @@ void add_dsp_code(const char *option, DspFamily family, const std::string &path,
 }
 
 void add_dspic30(const Job &job, const BatchFrontEnd &front_end, Outputs &outputs) {
-  require_dsp("--dspic30", false);
+  require_dsp("--dspic30", DspFamily::dspic30);
   DsPic30Options options;
   options.header = job.dspic30_header;
   options.simulation = job.dspic30_simulation;
@@ -209,7 +219,7 @@ void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
   if (!job.plot_data.empty()) add_plot_data(job.plot_data, front_end, outputs);
   add_pictures(job, outputs);
   add_data_files(job, outputs);
-  if (!job.c.empty()) add_c_code(job.c, front_end, outputs);
+  if (!job.c.empty()) add_c_code(job, front_end, outputs);
   if (!job.adsp218x.empty()) add_dsp_code("--adsp218x", DspFamily::adsp218x, job.adsp218x, front_end, outputs);
   if (!job.dsp56800.empty()) add_dsp_code("--dsp56800", DspFamily::dsp56800, job.dsp56800, front_end, outputs);
   if (!job.dspic30.empty()) add_dspic30(job, front_end, outputs);

@@ -26,19 +26,6 @@ void append_word(std::string &out, std::int64_t word, const char *end) {
   appendf(out, "   0x%04x%s\n", low_word(word), end);
 }
 
-// The last word of the transposed form: the gain as it is, shifted as far as its shift count asks.
-std::int64_t closing_gain(const CoefficientFile &image) {
-  std::int64_t g = image.gain_word;
-  const std::int64_t s = image.shift;
-  if (s < 0) g >>= std::min<std::int64_t>(-s, 63);
-  // Kept: a gain above 1 is doubled into the word as far as it fits; what does not fit stays half of the gain.
-  if (s == 1 && g == 16384)
-    g = 32767;
-  else if (s == 1 && g < 16384)
-    g *= 2;
-  return g;
-}
-
 } // namespace
 
 std::string format_adsp218x(const std::string &path, const CoefficientFile &image, const Origin &origin) {
@@ -73,7 +60,7 @@ std::string format_adsp218x(const std::string &path, const CoefficientFile &imag
       for (const std::int64_t word : words) append_word(out, word, ",");
   }
   if (transposed)
-    appendf(out, "   0x%04llx;\n", static_cast<unsigned long long>(closing_gain(image))); // Kept: not masked to 16 bits
+    appendf(out, "   0x%04x;\n", static_cast<std::uint32_t>(closing_gain(image))); // Kept: not masked to 16 bits
   else
     append_word(out, gain_word(image), ";");
   return out;
@@ -138,32 +125,32 @@ int prepare_dsp_code(DspFamily family, const std::string &path, const DesignStat
   const std::string temporary = path + "_BRISELSYS";
   if (temporary.size() > longest_temporary_name) return static_cast<int>(temporary.size());
   if (const int status = load_design_through(temporary); status != success) return status;
-  const auto why = misfit(coefficient_file);
+  const auto why = misfit(coefficient_file, family);
   if (!why)
     text = family == DspFamily::adsp218x ? format_adsp218x(path, coefficient_file, origin)
                                          : format_dsp56800(path, coefficient_file, origin);
-  if (note && !why)
-    *note = gain_note(coefficient_file, coefficient_file.variant == CoefficientVariant::iir).value_or("");
+  if (note && !why) *note = gain_note(coefficient_file, family).value_or("");
   release_coefficient_file();
   if (!why) return success;
   post_message(Message::dsp_word_misfit, *why);
   return static_cast<int>(Message::dsp_word_misfit);
 }
 
-static int generate(DspFamily family, const std::string &path, const DesignState &state, const Origin &origin) {
+static int generate(DspFamily family, const std::string &path, const DesignState &state, const Origin &origin,
+                    std::string *note) {
   std::string text, why;
-  if (const int status = prepare_dsp_code(family, path, state, origin, text); status != success) return status;
+  if (const int status = prepare_dsp_code(family, path, state, origin, text, note); status != success) return status;
   return save_file(path, std::move(text), why) ? success : cannot_create;
 }
 
 int generate_adsp218x(const std::string &path, const DesignState &state, const std::string &user,
-                      const std::string &date, const std::string &time) {
-  return generate(DspFamily::adsp218x, path, state, {user, date, time});
+                      const std::string &date, const std::string &time, std::string *note) {
+  return generate(DspFamily::adsp218x, path, state, {user, date, time}, note);
 }
 
 int generate_dsp56800(const std::string &path, const DesignState &state, const std::string &user,
-                      const std::string &date, const std::string &time) {
-  return generate(DspFamily::dsp56800, path, state, {user, date, time});
+                      const std::string &date, const std::string &time, std::string *note) {
+  return generate(DspFamily::dsp56800, path, state, {user, date, time}, note);
 }
 
 } // namespace brisel

@@ -27,45 +27,16 @@ std::int64_t gain_word(const CoefficientFile &image) {
   return image.shift < 0 ? half >> std::min<std::int64_t>(-image.shift, 63) : half;
 }
 
-std::optional<std::string> misfit(const CoefficientFile &image) {
-  constexpr std::int64_t lowest = -32768, highest = 32767;
-  if (image.variant == CoefficientVariant::fir && image.quantization != QuantizationType::fir_fixed_point)
-    return "the taps are not quantized in fixed point";
-  const auto fits = [](std::int64_t word) { return word >= lowest && word <= highest; };
-  if (image.variant == CoefficientVariant::fir) {
-    for (std::size_t i = 0; i < image.integers.size(); i++)
-      if (!fits(image.integers[i]))
-        return formatf("tap %zu is %lld and does not fit 16 bits; choose another FIR scaling", i,
-                       static_cast<long long>(image.integers[i]));
-    return std::nullopt;
-  }
-  if (image.scaling != ScalingCode::cascade_1 && image.scaling != ScalingCode::cascade_2)
-    return "the sections are neither transposed nor canonic; choose one of these structures";
-  if (image.quantization != QuantizationType::fractional_fixed_point)
-    return "a section's leading denominator coefficient is not 1; enter the sections normalized";
-  for (std::size_t k = 0; k < image.section_integers.size(); k++) {
-    const SectionWords w = section_words(image.section_integers[k]);
-    const struct {
-      const char *name;
-      std::int64_t word;
-    } words[] = {{"b0", w.b0}, {"b1", w.b1}, {"b2", w.b2}, {"-a1", -w.a1}, {"-a2", -w.a2}};
-    for (const auto &[name, word] : words)
-      if (!fits(word))
-        return formatf("%s of section %zu is %lld and does not fit 16 bits; choose another structure or a lower order",
-                       name, k + 1, static_cast<long long>(word));
-  }
-  // Kept: with a shift of 1 the transposed listing carries the gain word as it is.
-  const int largest_shift = image.scaling == ScalingCode::cascade_1 ? 1 : 0;
-  if (image.shift > largest_shift || !fits(image.gain_word))
-    return formatf("the overall gain %g is too large for its 16-bit word; lower the gain of the system",
-                   image.gain_multiplier);
-  return std::nullopt;
-}
-
-std::optional<std::string> gain_note(const CoefficientFile &image, bool has_gain_word) {
-  if (has_gain_word || image.gain_multiplier == 1) return std::nullopt;
-  return formatf("The generated file carries no gain: the caller multiplies the samples by %s.",
-                 shortest(image.gain_multiplier).c_str());
+std::int64_t closing_gain(const CoefficientFile &image) {
+  std::int64_t g = image.gain_word;
+  const std::int64_t s = image.shift;
+  if (s < 0) g >>= std::min<std::int64_t>(-s, 63);
+  // Kept: a gain above 1 is doubled into the word as far as it fits; what does not fit stays half of the gain.
+  if (s == 1 && g == 16384)
+    g = 32767;
+  else if (s == 1 && g < 16384)
+    g *= 2;
+  return g;
 }
 
 int load_design_through(const std::string &path) {

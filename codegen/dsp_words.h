@@ -4,7 +4,6 @@
 #include "engine/core/design_state.h"
 #include "engine/files/coefficient_file.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,23 +24,18 @@ int final_shift(const CoefficientFile &image, int start);
 
 /// The overall gain halved, as one word.
 std::int64_t gain_word(const CoefficientFile &image);
+/// The gain as the last word of transposed sections for the ADSP-218x has it: shifted as far as its shift count asks.
+std::int64_t closing_gain(const CoefficientFile &image);
 
 /// A word as its low 16 bits.
 inline unsigned low_word(std::int64_t value) {
   return static_cast<unsigned>(value & 0xffff);
 }
 
-/// Why the image does not fit a 16-bit DSP: a word beyond 16 bits (a coefficient that reaches 1, a section that
-/// overflows its shift) or a gain that the word cannot hold; nothing when everything fits.
-std::optional<std::string> misfit(const CoefficientFile &image);
-
 /// Who made the file, when.
 struct Origin {
   std::string user, date, time;
 };
-
-/// What a file cannot carry, a sentence for the user: the factor by which the caller scales the samples.
-std::optional<std::string> gain_note(const CoefficientFile &image, bool has_gain_word);
 
 /// Brings the current design into `coefficient_file` by way of a file `path`, which is deleted again. A file of that
 /// name that exists already is refused. Any status but 0 is the writer's or the reader's; then a file that was written

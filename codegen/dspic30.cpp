@@ -1,5 +1,6 @@
 #include "codegen/dspic30.h"
 
+#include "codegen/dsp_checks.h"
 #include "codegen/filter_name.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/front_end.h"
@@ -261,8 +262,10 @@ std::string last_component(const std::string &path) {
 
 bool is_usable_base_name(const std::string &base) {
   const std::string stem = last_component(base);
-  return !stem.empty() && std::ranges::all_of(stem, [](char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) || std::string_view("_.- ").find(c) != std::string_view::npos;
+  for (const Kind &kind : {fir_kind, transposed_kind, canonic_kind})
+    if (stem == kind.routines || stem + ".h" == kind.include) return false;
+  return !stem.empty() && std::isalpha(static_cast<unsigned char>(stem[0])) && std::ranges::all_of(stem, [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || std::string_view("_.-").find(c) != std::string_view::npos;
   });
 }
 
@@ -273,7 +276,7 @@ std::vector<GeneratedFile> format_dspic30(const std::string &base, const Coeffic
   const Kind &kind = fir ? fir_kind : transposed ? transposed_kind : canonic_kind;
   const Source source{image, kind, last_component(base), filter_name(base), options.space, samples};
   std::vector<GeneratedFile> files;
-  if (options.header) files.push_back({base + ".h", c_header(source)});
+  if (options.header || options.simulation) files.push_back({base + ".h", c_header(source)});
   if (options.simulation) {
     files.push_back({base + "_sim.c", simulation_program(source)});
     files.push_back({base + "_sim.cmd", simulator_commands(source)});
@@ -294,10 +297,10 @@ int prepare_dspic30(const std::string &base, const DsPic30Options &options, std:
     return static_cast<int>(Message::bad_base_name);
   }
   if (const int status = load_design_through(base); status != success) return status;
-  const auto why = misfit(coefficient_file);
+  const auto why = misfit(coefficient_file, DspFamily::dspic30);
   if (!why) {
     files = format_dspic30(base, coefficient_file, options, plot_arrays.time_count);
-    if (note) *note = gain_note(coefficient_file, false).value_or("");
+    if (note) *note = gain_note(coefficient_file, DspFamily::dspic30).value_or("");
   }
   release_coefficient_file();
   if (!why) return success;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "codegen/dsp_words.h"
+#include "codegen/generated_file.h"
 
 #include <string>
 #include <vector>
@@ -20,12 +21,8 @@ struct DsPic30Options {
   PlotScript script = PlotScript::none;
 };
 
-struct GeneratedFile {
-  std::string path;
-  std::string text;
-};
-
-/// A base name whose last component is made of letters, digits, "_", ".", "-" and blanks: it stands in command lines.
+/// A base name whose last component begins with a letter and goes on with letters, digits, "_", "." and "-": it stands
+/// in command lines, and in scripts it becomes the name of a variable. Names of the target's own files are taken.
 bool is_usable_base_name(const std::string &base);
 
 /// The files that the options ask for, in the order in which they are written: header, simulation, script, assembly.

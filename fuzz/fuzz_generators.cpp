@@ -87,16 +87,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::size_t end = text.find("*/");
     require(text.rfind("***", end) != text.npos && text.find("Created by") < end, "the header is one comment");
   }
-  if (image_of_design(*image) && !misfit(*image)) {
-    for (const std::string &source :
-         {format_adsp218x(path, *image, {user, "d", "t"}), format_dsp56800(path, *image, {user, "d", "t"})}) {
+  if (image_of_design(*image)) {
+    const Origin origin{user, "d", "t"};
+    std::vector<std::string> sources;
+    if (!misfit(*image, DspFamily::adsp218x)) sources.push_back(format_adsp218x(path, *image, origin));
+    if (!misfit(*image, DspFamily::dsp56800)) sources.push_back(format_dsp56800(path, *image, origin));
+    for (const std::string &source : sources) {
       require(source.find("Created by") < source.find("*/"), "the header is one comment");
       check_numbers(source.substr(source.find("*/")), name);
     }
     DsPic30Options options;
-    options.header = options.simulation = true;
+    options.simulation = true;
     options.script = PlotScript::octave;
-    if (is_usable_base_name(path))
+    if (is_usable_base_name(path) && !misfit(*image, DspFamily::dspic30))
       for (const GeneratedFile &file : format_dspic30(path, *image, options, 200))
         require(!file.text.empty(), "a file");
   }

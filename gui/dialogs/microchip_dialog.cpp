@@ -13,8 +13,10 @@ cMicrochipCodegenDialogImpl::cMicrochipCodegenDialogImpl(QWidget *parent) : Sequ
   begin();
 }
 
-// The script plots what the simulation writes.
+// The simulation includes the header, and the script plots what the simulation writes.
 void cMicrochipCodegenDialogImpl::SimCWrapperClicked() {
+  pCHeader_Box->setEnabled(!pSimCWrapper_Box->isChecked());
+  if (pSimCWrapper_Box->isChecked()) pCHeader_Box->setChecked(true);
   pOctave_Box->setEnabled(pSimCWrapper_Box->isChecked());
   if (!pSimCWrapper_Box->isChecked()) pOctave_Box->setChecked(false);
   OctaveClicked();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "codegen/data_files.h"
+#include "codegen/dsp_checks.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/start_up.h"
 #include "engine/core/system_conversion.h"
@@ -14,6 +15,7 @@
 #include <QMainWindow>
 
 #include <array>
+#include <optional>
 
 class QLabel;
 class QMdiArea;
@@ -165,9 +167,10 @@ private:
   bool is_iir_design() const;
   /// Shows a text file that was just written, when the user wants that.
   void written(FileCommand command, const QString &path);
-  /// The checks of the generators for DSPs, told with `caption`; true when the design suits.
-  bool suits_dsp(const QString &caption, bool canonic_only);
-  void write_dsp_code(FileCommand command, const QString &caption, bool canonic_only);
+  /// The files that a C source includes, beside it where they are not yet. The user is asked the first time.
+  void bring_c_support(const std::string &source);
+  /// A design that does not suit is refused with `caption`.
+  void write_dsp_code(FileCommand command, const QString &caption, DspFamily family);
   /// Asks for a name and saves a system, unless the file would not hold it.
   void write_system(const ConvertibleSystem &system);
   void write_all_forms(Domain domain);
@@ -200,6 +203,7 @@ private:
   bool running = false;         // the engine works
   bool close_after_run = false; // the user asked for it meanwhile
   bool left_engine = false;
+  std::optional<bool> c_support_wanted; // the answer, once it was asked for
 };
 
 } // namespace brisel

@@ -1,5 +1,6 @@
 // output_commands.cpp - the commands that write files.
 #include "codegen/c_code.h"
+#include "codegen/c_support.h"
 #include "codegen/dsp_code.h"
 #include "codegen/dspic30.h"
 #include "engine/files/coefficient_file.h"
@@ -13,7 +14,9 @@
 #include "gui/main_window/recent_files.h"
 #include "gui/main_window/text_viewer.h"
 
+#include <QFileInfo>
 #include <QMessageBox>
+#include <QStatusBar>
 
 #include <ctime>
 
@@ -96,67 +99,60 @@ void cBriselApp::Codegen_CCode() {
   const TimeStamp now = time_stamp(std::time(nullptr));
   const int result = generate_c_code(path.toStdString(), design_record, workplace_names.user_name, now.date, now.time);
   if (result != success) return post_message(static_cast<Message>(result), path.toStdString());
+  bring_c_support(path.toStdString());
   written(FileCommand::c_code, path);
 }
 
-static bool is_iir_of_dsp(const DesignRecord &r) {
-  const int method = r.selections.DesignOrAnalysisType;
-  return (method == code(DesignMethod::iir) || method == code(DesignMethod::z_analysis)) && !is_fir_result();
-}
-
-static void refuse(QWidget *parent, const QString &caption, const char *text) {
-  QMessageBox::critical(parent, caption, text);
-}
-
-bool cBriselApp::suits_dsp(const QString &caption, bool canonic_only) {
-  const DesignRecord &r = design_record;
-  const QuantizationSettings &q = r.quantization;
-  if (is_iir_of_dsp(r)) {
-    if (r.realization == code(RealizationForm::parallel)) {
-      refuse(this, caption, "Only cascaded 2nd order sections supported for IIR designs.");
-      return false;
-    }
-    const bool fixed = q.quant && q.qtype;
-    if (canonic_only && !(fixed && q.rtype1 == code(SectionStructure::canonic))) {
-      refuse(this, caption, "IIR output requires canonic fixed point quantization");
-      return false;
-    }
-    if (!fixed) {
-      refuse(this, caption, "IIR output requires fixed point quantization");
-      return false;
-    }
+void cBriselApp::bring_c_support(const std::string &source) {
+  std::vector<GeneratedFile> support = missing_c_support(source);
+  if (!support.empty() && !c_support_wanted) {
+    QStringList names;
+    for (const GeneratedFile &file : support) names.append(QFileInfo(QString::fromStdString(file.path)).fileName());
+    QMessageBox box(QMessageBox::Question, file_command(FileCommand::c_code).title, QString(),
+                    QMessageBox::Yes | QMessageBox::No, this);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(QString::fromStdString(c_support_note(source, {})) + "\n\nWrite " + names.join(" and ") + " too?");
+    c_support_wanted = box.exec() == QMessageBox::Yes;
   }
-  if (q.ibit != dsp_word_bits) {
-    refuse(this, caption, "The number of quantized bits must be 16");
-    return false;
-  }
-  return true;
+  if (!c_support_wanted.value_or(false)) support.clear();
+  statusBar()->showMessage(QString::fromStdString(c_support_note(source, support)));
+  FileSet set;
+  for (GeneratedFile &file : support) set.add(file.path, std::move(file.text));
+  if (std::string why; !set.commit(why)) post_message(Message::write_failed, why);
 }
 
-void cBriselApp::write_dsp_code(FileCommand command, const QString &caption, bool canonic_only) {
-  if (!needs_result() || !suits_dsp(caption, canonic_only)) return;
+static bool refused(QWidget *parent, const QString &caption, const char *why) {
+  if (why) QMessageBox::critical(parent, caption, why);
+  return why != nullptr;
+}
+
+void cBriselApp::write_dsp_code(FileCommand command, const QString &caption, DspFamily family) {
+  if (!needs_result() || refused(this, caption, dsp_refusal(design_record, family))) return;
   const QString path = files.save(this, command);
   if (path.isEmpty()) return;
   const TimeStamp now = time_stamp(std::time(nullptr));
-  const auto generate = command == FileCommand::adsp218x ? generate_adsp218x : generate_dsp56800;
+  const auto generate = family == DspFamily::adsp218x ? generate_adsp218x : generate_dsp56800;
+  std::string note;
   const int result =
-      generate(path.toStdString(), design_record.selections, workplace_names.user_name, now.date, now.time);
-  if (result == success) return written(command, path);
+      generate(path.toStdString(), design_record.selections, workplace_names.user_name, now.date, now.time, &note);
   // Any other result was told by the engine.
   if (result == form_not_supported || result == cannot_create)
     post_message(static_cast<Message>(result), path.toStdString());
+  if (result != success) return;
+  if (!note.empty()) front.show_text(note);
+  written(command, path);
 }
 
 void cBriselApp::Codegen_ADSP218X() {
-  write_dsp_code(FileCommand::adsp218x, "ADSP218X", false);
+  write_dsp_code(FileCommand::adsp218x, "ADSP218X", DspFamily::adsp218x);
 }
 
 void cBriselApp::Codegen_DSP56800() {
-  write_dsp_code(FileCommand::dsp56800, "DSP56800", true);
+  write_dsp_code(FileCommand::dsp56800, "DSP56800", DspFamily::dsp56800);
 }
 
 void cBriselApp::Codegen_dsPIC30() {
-  if (!needs_result() || !suits_dsp("dsPIC30", false)) return;
+  if (!needs_result() || refused(this, "dsPIC30", dsp_refusal(design_record, DspFamily::dspic30))) return;
   cMicrochipCodegenDialogImpl dialog(this);
   if (dialog.exec() != QDialog::Accepted) return;
   const QString base = files.save(this, FileCommand::dspic30);
@@ -178,14 +174,8 @@ void cBriselApp::Codegen_dsPIC30() {
 }
 
 void cBriselApp::Codegen_PA() {
-  if (!needs_result() || !is_iir_of_dsp(design_record)) return;
-  const QString caption = "Performance Audio";
-  const QuantizationSettings &q = design_record.quantization;
-  if (design_record.realization == code(RealizationForm::parallel))
-    refuse(this, caption, "Only cascaded 2nd order sections supported for IIR designs.");
-  else if (!(q.quant && !q.qtype && q.rtype1 == code(SectionStructure::float_4_multiplies)))
-    refuse(this, caption, "IIR output requires 4 multiply floating point quantization");
   // Kept: a placeholder. With a suitable design the command does nothing further; there is no such generator.
+  if (needs_result()) refused(this, "Performance Audio", performance_audio_refusal(design_record));
 }
 
 } // namespace brisel

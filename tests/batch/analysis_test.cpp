@@ -76,10 +76,11 @@ TEST_F(Analysis, ReportAndTraceAreOutputsLikeOthers) {
 
 TEST_F(Analysis, GeneratedCodeIsWrittenAndTheSameEveryTime) {
   const std::string command = "design lowpass.spc --quantize fixed --structure canonic --c a.c --adsp218x a.dat "
-                              "--dsp56800 a.h --dspic30 pic --dspic30-header --dspic30-sim --dspic30-script octave";
+                              "--dsp56800 a.h --dspic30 pic --dspic30-sim --dspic30-script octave --c-support";
   ASSERT_EQ(shop.run(command).status, 0);
   const auto files = shop.files();
-  for (const char *name : {"a.c", "a.dat", "a.h", "pic.s", "pic.h", "pic_sim.c", "pic_sim.cmd", "pic_make.bat"})
+  for (const char *name : {"a.c", "a.dat", "a.h", "pic.s", "pic.h", "pic_sim.c", "pic_sim.cmd", "pic_make.bat",
+                           "brisel_cgen.h", "brisel_filt.c"})
     EXPECT_EQ(files.count(name), 1u) << name;
   for (const char *name : {"a.dat_BRISELSYS", "a.h_BRISELSYS", "pic", "_temp.flt"})
     EXPECT_EQ(files.count(name), 0u) << name;
@@ -130,6 +131,8 @@ TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
            Row{"design lowpass.spc --method window --adsp218x x.dat", 1, "not quantized"},
            Row{"design lowpass.spc --quantize fixed --adsp218x taken.dat", 1, "taken.dat_BRISELSYS"},
            Row{"design lowpass.spc --quantize fixed --dspic30 'a;b'", 1, "a;b"},
+           Row{"design lowpass.spc --c /dev/null --c-support", 1, "/dev/null"},
+           Row{"analyze analog-butterworth.inp --quantize fixed --adsp218x x.dat", 1, "Only cascaded 2nd order"},
            Row{"analyze biquads.inp --quantize fixed --dspic30 lowpass.spc", 1, "lowpass.spc"},
            Row{"design lowpass.spc --quantize fixed --dspic30 pic --json pic.s", 2, "two outputs"},
            Row{"design lowpass.spc --quantize fixed --dspic30 pic --adsp218x no/where.dat", 1, "no/where.dat"},

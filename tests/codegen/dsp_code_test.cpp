@@ -224,8 +224,11 @@ TEST(DspWords, GainWordsKeepTheirAsymmetry) {
   const struct {
     std::int64_t gain, shift;
     const char *closing; // transposed ADSP-218x
-  } rows[] = {
-      {16384, 1, "   0x7fff;\n"}, {12000, 1, "   0x5dc0;\n"}, {20000, 1, "   0x4e20;\n"}, {20000, -2, "   0x1388;\n"}};
+  } rows[] = {{16384, 1, "   0x7fff;\n"},
+              {12000, 1, "   0x5dc0;\n"},
+              {20000, 1, "   0x4e20;\n"},
+              {20000, -2, "   0x1388;\n"},
+              {-20000, 0, "   0xffffb1e0;\n"}}; // 32 bits of a negative gain
   for (const auto &row : rows) {
     CoefficientFile image = iir_image(ScalingCode::cascade_1, 0.75);
     image.gain_word = row.gain;
@@ -239,17 +242,52 @@ TEST(DspWords, GainWordsKeepTheirAsymmetry) {
 }
 
 TEST(DspWords, ThatDoNotFitAreRefused) {
-  EXPECT_EQ(misfit(iir_image(ScalingCode::cascade_1, 0.75)), std::nullopt);
-  CoefficientFile image = fir_image(5);
-  EXPECT_EQ(misfit(image), std::nullopt);
-  image.integers[3] = 32768;
-  EXPECT_NE(misfit(image).value_or("").find("tap 3"), std::string::npos);
-  image = iir_image(ScalingCode::cascade_2, 0.75);
-  image.section_integers[1] = {1, {0, 0, 0}, 16384, {-32768, 0}};
-  EXPECT_NE(misfit(image).value_or("").find("-a1 of section 2"), std::string::npos);
-  EXPECT_NE(misfit(iir_image(ScalingCode::cascade_2, 1.5)).value_or("").find("gain"), std::string::npos);
-  EXPECT_EQ(gain_note(iir_image(ScalingCode::cascade_2, 0.75), false),
-            "The generated file carries no gain: the caller multiplies the samples by 0.75.");
+  CoefficientFile tap = fir_image(5), section = iir_image(ScalingCode::cascade_2, 0.75);
+  tap.integers[3] = 32768;
+  section.section_integers[1] = {1, {0, 0, 0}, 16384, {-32768, 0}};
+  const auto cascade = [](ScalingCode scaling, double gain) { return iir_image(scaling, gain); };
+  const struct {
+    CoefficientFile image;
+    DspFamily family;
+    const char *says; // null: it fits
+  } rows[] = {
+      {fir_image(5), DspFamily::dspic30, nullptr},
+      {tap, DspFamily::dspic30, "tap 3"},
+      {section, DspFamily::adsp218x, "-a1 of section 2"},
+      {cascade(ScalingCode::cascade_1, 1.5), DspFamily::adsp218x, nullptr},
+      {cascade(ScalingCode::cascade_1, -1.5), DspFamily::adsp218x, "-1.5 is too large"}, // its word lost the sign
+      {cascade(ScalingCode::cascade_2, 1.5), DspFamily::dsp56800, "1.5 is too large"},
+      {cascade(ScalingCode::cascade_2, 1.5), DspFamily::dspic30, nullptr}, // it has no gain word
+      {cascade(ScalingCode::cascade_1, 1e-5), DspFamily::adsp218x, "1e-05 is too small"},
+  };
+  for (const auto &row : rows) {
+    const auto why = misfit(row.image, row.family);
+    EXPECT_EQ(why.has_value(), row.says != nullptr) << why.value_or(row.says ? row.says : "");
+    if (row.says) EXPECT_NE(why.value_or("").find(row.says), std::string::npos) << why.value_or("");
+  }
+}
+
+TEST(DspWords, TheGainThatAFileDoesNotCarryIsTold) {
+  const struct {
+    ScalingCode scaling;
+    double gain;
+    DspFamily family;
+    const char *factor; // "" when the file carries the gain
+  } rows[] = {
+      {ScalingCode::cascade_1, 0.75, DspFamily::adsp218x, ""},
+      {ScalingCode::cascade_1, 1, DspFamily::adsp218x, ""},
+      {ScalingCode::cascade_1, 1.5, DspFamily::adsp218x, "samples by 2."},
+      {ScalingCode::cascade_2, 0.0009, DspFamily::adsp218x, "samples by 1.0532"},
+      {ScalingCode::cascade_2, -0.75, DspFamily::dsp56800, ""},
+      {ScalingCode::cascade_1, -0.75, DspFamily::dsp56800, "samples by -0.75."},
+      {ScalingCode::cascade_2, 0.75, DspFamily::dspic30, "samples by 0.75."},
+      {ScalingCode::cascade_2, 1, DspFamily::dspic30, ""},
+  };
+  for (const auto &row : rows) {
+    const std::string note = gain_note(iir_image(row.scaling, row.gain), row.family).value_or("");
+    EXPECT_EQ(note.empty(), !*row.factor) << row.gain << note;
+    EXPECT_NE(note.find(row.factor), note.npos) << row.gain << note;
+  }
 }
 
 TEST(DspFiles, AreByteForByteTheGoldenFiles) {
@@ -282,8 +320,8 @@ TEST(DspFiles, TableOfTapsBreaksAfterNine) {
 }
 
 TEST(DspFiles, BaseNamesStandInCommandLines) {
-  for (const char *good : {"lowpass", "dir&/low pass-2.v1", "a_b"}) EXPECT_TRUE(is_usable_base_name(good)) << good;
-  for (const char *bad : {"", "dir/", "a'b", "a\"b", "a&b", "a%b", "a\nb", "\xc3\xa4"})
+  for (const char *good : {"lowpass", "3 dir&/low-pass.v1", "a_b"}) EXPECT_TRUE(is_usable_base_name(good)) << good;
+  for (const char *bad : {"", "dir/", "low pass", "3rd", "_low", "-o", "FIR_Filter", "a'b", "a&b", "a\nb", "\xc3\xa4"})
     EXPECT_FALSE(is_usable_base_name(bad)) << bad;
 }
 

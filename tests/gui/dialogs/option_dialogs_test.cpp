@@ -203,24 +203,40 @@ TEST_F(OptionDialogsTest, SystemsAreLoadedAnalysedAndSavedAgain) {
   }
 }
 
-TEST_F(OptionDialogsTest, CodeForTheDsPic30IsWrittenAsChosen) {
+TEST_F(OptionDialogsTest, GeneratedCodeBringsWhatItNeedsAndSaysWhatItLacks) {
   answer_pages();
   quantization_settings.quant = 1;
+  design_state.GainOption = code(FirScaling::one);
   window->Design_FIR(1);
   ASSERT_TRUE(design_record.valid);
   answer_with([](QDialog &dialog) {
     EXPECT_FALSE(dialog.findChild<QAbstractButton *>("pOctave_Box")->isEnabled());
-    press(dialog, "pCHeader_Box");
     press(dialog, "pSimCWrapper_Box");
     EXPECT_TRUE(dialog.findChild<QAbstractButton *>("pOctave_Box")->isEnabled());
+    EXPECT_TRUE(dialog.findChild<QAbstractButton *>("pCHeader_Box")->isChecked()) << "the simulation includes it";
     press(dialog, "pOk_Button");
   });
   dialogs.file_names = {at("filter")};
   window->Codegen_dsPIC30();
-  const auto files = folder.files();
-  EXPECT_TRUE(files.contains("filter.h"));
-  EXPECT_TRUE(files.contains("filter.s"));
-  EXPECT_FALSE(files.contains("filter.m")) << "no script was asked for";
+  auto files = folder.files();
+  for (const char *name : {"filter.h", "filter.s", "filter_sim.c"}) EXPECT_TRUE(files.contains(name)) << name;
+  EXPECT_FALSE(files.contains("filter_matlab.m")) << "no script was asked for";
+
+  dialogs.file_names = {at("filter.dsp"), at("filter56.h")};
+  window->Codegen_ADSP218X();
+  window->Codegen_DSP56800();
+  for (const char *name : {"dsPIC30", "ADSP-218x", "DSP56800"})
+    EXPECT_EQ(dialogs.messages.filter(QString("The %1 file carries no gain").arg(name)).size(), 1) << name;
+
+  dialogs.button = QMessageBox::Yes;
+  dialogs.messages.clear();
+  std::filesystem::create_directory(folder.path("other"));
+  dialogs.file_names = {at("filter.c"), at("other/filter.c")};
+  window->Codegen_CCode();
+  window->Codegen_CCode();
+  files = folder.files();
+  for (const char *name : {"brisel_cgen.h", "other/brisel_filt.c"}) EXPECT_TRUE(files.contains(name)) << name;
+  EXPECT_EQ(dialogs.messages.size(), 1) << "asked once";
 }
 
 } // namespace
