@@ -1,8 +1,10 @@
 // cascade_gain.h - setting the gain of a digital filter so that its magnitude peaks at 1, in every form.
 //
-// The peak is the largest magnitude on a grid of its own, whatever is plotted: `points` even steps over [0, pi].
+// The peak is the largest magnitude on a grid of its own, whatever is plotted: even steps over [0, pi]. Where these
+// miss it by more than 0.1 dB, because poles lie between two of them, it is searched near the poles.
 #pragma once
 
+#include "engine/analysis/form_conversions.h"
 #include "engine/core/records.h"
 
 #include <span>
@@ -15,7 +17,7 @@ inline constexpr int gain_grid_points = 1001;
 /// Cosines and sines of the grid, and the squared magnitude of a triple on it.
 class GainGrid {
 public:
-  explicit GainGrid(int points = gain_grid_points);
+  GainGrid();
   std::size_t size() const { return cosine.size(); }
   double angle(std::size_t i) const; // radians per sample
   /// a z + b + c z^-1 at point `i`.
@@ -33,17 +35,20 @@ private:
 
 /// Sets the gain to 1 / peak of the sections' product, or to 1 when that peak is 0 or undefined. Returns the old gain
 /// times the peak. When the gain would leave the range of a double, powers of two are moved into the numerators.
-double compute_cas_gain(SectionEntry &cascade, int points = gain_grid_points);
+double compute_cas_gain(SectionEntry &cascade);
+
+/// The peak of the sections' product over what the even steps show of it: 1 where they see it.
+double missed_by_grid(const SectionEntry &cascade);
 
 /// Resets the scaler to 1 and divides direct term and numerators by the peak, which is returned; a peak that is 0,
 /// undefined or exactly 1 leaves them as they are.
-double regain_parallel(SectionEntry &parallel, int points = gain_grid_points);
+double regain_parallel(SectionEntry &parallel);
 
-/// The same for the other forms: the gain becomes 1 / peak of the rest (1 when that peak is 0 or undefined). They
-/// return the old gain times the peak.
-double regain_ratio(RatioEntry &ratio, int points = gain_grid_points);
-double regain_lattice(LatticeEntry &lattice, int points = gain_grid_points);
-double regain_ladder(LadderEntry &ladder, int points = gain_grid_points);
+/// The same for the other forms, whose poles are given: the gain becomes 1 / peak of the rest (1 when that peak is 0 or
+/// undefined). They return the old gain times the peak.
+double regain_ratio(RatioEntry &ratio, Places poles);
+double regain_lattice(LatticeEntry &lattice, Places poles);
+double regain_ladder(LadderEntry &ladder, Places poles);
 
 /// Leading denominator coefficient 1, and the first nonzero numerator coefficient moved into the gain.
 void normalize_ratio(RatioEntry &ratio);

@@ -20,6 +20,7 @@
 #include "engine/iir/impulse_invariant_map.h"
 #include "engine/iir/matched_z_map.h"
 #include "engine/iir/order_estimate.h"
+#include "engine/iir/pole_grid.h"
 #include "engine/iir/reorder.h"
 #include "engine/iir/selectivity.h"
 
@@ -28,6 +29,8 @@
 #include <limits>
 
 namespace brisel {
+
+using Complex = std::complex<double>;
 
 namespace {
 
@@ -237,11 +240,23 @@ bool map_parallel(DesignRecord &r, bool designed) {
 } // namespace
 
 double analog_peak(const SectionEntry &analog) {
-  constexpr int points = 1001;
-  Values s(points);
-  for (int i = 0; i < points; i++) s[i] = {0, analog.sample_rate / 2 * i / (points - 1)};
-  double peak = 0;
-  for (const auto &value : cascade_values(analog, s)) peak = std::max(peak, std::abs(value));
+  const double end = analog.sample_rate / 2;
+  std::vector<double> steps(gain_grid_points);
+  for (int i = 0; i < gain_grid_points; i++) steps[i] = end * i / (gain_grid_points - 1);
+  const auto magnitudes = [&](const std::vector<double> &frequencies) {
+    Values s(frequencies.size());
+    std::transform(frequencies.begin(), frequencies.end(), s.begin(), [](double w) { return Complex(0, w); });
+    std::vector<double> found;
+    for (const auto &value : cascade_values(analog, s))
+      found.push_back(std::isnan(std::abs(value)) ? 0 : std::abs(value)); // a pole at 0
+    return found;
+  };
+  std::vector<Resonance> poles;
+  for (const Complex pole : section_poles(analog)) poles.push_back({std::fabs(pole.imag()), std::fabs(pole.real())});
+  const std::vector<double> seen = magnitudes(steps), near_poles = panel_nodes(0, end, poles, analog.order + 8).place;
+  const double peak =
+      peak_or_missed({*std::max_element(seen.begin(), seen.end()), 0}, near_poles, magnitudes(near_poles), magnitudes)
+          .magnitude;
   return std::isfinite(peak) && peak > 0 ? peak : 1;
 }
 

@@ -10,6 +10,7 @@
 #include "engine/iir/form_notes.h"
 #include "engine/iir/iir_scaling.h"
 #include "engine/iir/noise.h"
+#include "engine/iir/pole_grid.h"
 #include "engine/iir/reorder.h"
 
 #include <algorithm>
@@ -78,6 +79,7 @@ bool refuse(Message number) {
 
 // Sets the gain of the chosen form and returns the factor by which its response grew.
 double set_gain(IirForms &z, RealizationForm form) {
+  const Places poles = std::span(z.pole_zero.poles).first(static_cast<std::size_t>(pole_count(z.pole_zero)));
   double peak = z.parallel.pars; // which regain_parallel() resets and does not count
   switch (form) {
   case RealizationForm::cascade:
@@ -87,34 +89,28 @@ double set_gain(IirForms &z, RealizationForm form) {
     peak *= regain_parallel(z.parallel);
     break;
   case RealizationForm::ratio:
-    peak = regain_ratio(z.ratio);
+    peak = regain_ratio(z.ratio, poles);
     break;
   case RealizationForm::lattice:
-    peak = regain_lattice(z.lattice);
+    peak = regain_lattice(z.lattice, poles);
     break;
   case RealizationForm::ladder_1:
-    peak = regain_ladder(z.ladder_1);
+    peak = regain_ladder(z.ladder_1, poles);
     break;
   default:
-    peak = regain_ladder(z.ladder_2);
+    peak = regain_ladder(z.ladder_2, poles);
     break;
   }
   return 1 / peak;
 }
 
-// Kept: the gain is set on a grid of fixed step, so that a filter whose band lies between two of its points comes out
-// too loud. The user is told by how much; the response is largest near the angle of a pole.
-void note_missed_peak(const IirForms &z) {
-  constexpr double noticeable = 1.0116; // 0.1 dB
-  std::vector<std::complex<double>> places;
-  for (const auto &pole : std::span(z.pole_zero.poles).first(static_cast<std::size_t>(pole_count(z.pole_zero))))
-    places.push_back(std::polar(1.0, std::arg(pole)));
-  double peak = 0;
-  for (const auto &value : cascade_values(z.cascade, places)) peak = std::max(peak, std::abs(value));
-  if (peak > noticeable && std::isfinite(peak))
-    design_notes.push_back(formatf("The gain is set on %d frequencies, between which this filter has a larger one: it "
-                                   "reaches %.2f dB. Divide the gain by %.6g for a peak of 1.",
-                                   gain_grid_points, 20 * std::log10(peak), peak));
+// Whoever sets the gain on the same even steps elsewhere finds another one.
+void note_missed_peak(const SectionEntry &cascade) {
+  if (const double ratio = missed_by_grid(cascade); ratio > noticeable_miss)
+    design_notes.push_back(
+        formatf("The gain is set near the poles, where this filter reaches %.2f dB above its largest "
+                "gain on %d even steps of frequency.",
+                20 * std::log10(ratio), gain_grid_points - 1));
 }
 
 void scale_other_forms(IirForms &z, RealizationForm form, double factor) {
@@ -236,7 +232,7 @@ bool quantize_iir() {
     const double factor = set_gain(z, form);
     if (!std::isfinite(factor)) return refuse(Message::scaling_impossible);
     scale_other_forms(z, form, factor);
-    note_missed_peak(z);
+    note_missed_peak(z.cascade);
   }
   with_form(z, form, [](const auto &entry) { dump(entry); });
 

@@ -1,46 +1,79 @@
 #include "engine/iir/iir_scaling.h"
 
 #include "engine/iir/cascade_gain.h"
+#include "engine/iir/pole_grid.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace brisel {
 
-static void find_peak(std::span<const double> norm, const GainGrid &grid, double &magnitude, double &angle) {
+namespace {
+
+Peak grid_peak(std::span<const double> norm, const GainGrid &grid) {
   const auto peak = std::max_element(norm.begin(), norm.end());
-  magnitude = *peak;
-  angle = grid.angle(peak - norm.begin());
+  return {*peak, grid.angle(static_cast<std::size_t>(peak - norm.begin()))};
 }
+
+// Goes on from the norm of the node before to that of node j.
+template <class Grid>
+void advance(const SectionEntry &cascade, SectionStructure structure, int j, const Grid &grid,
+             std::vector<double> &norm) {
+  for (std::size_t i = 0; i < norm.size(); i++) {
+    const double d = grid.magnitude(cascade.denominators[j], i);
+    if (is_transposed(structure)) {
+      if (d != 0) norm[i] *= grid.magnitude(cascade.numerators[j], i) / d;
+    } else {
+      norm[i] *= (j > 0 ? grid.magnitude(cascade.numerators[j - 1], i) : 1) / d;
+    }
+  }
+}
+
+template <class Grid> std::vector<double> section_norm(const SectionEntry &parallel, int j, const Grid &grid) {
+  std::vector<double> norm(grid.size());
+  for (std::size_t i = 0; i < norm.size(); i++) {
+    const double d = grid.magnitude(parallel.denominators[j], i);
+    norm[i] = d == 0 ? 0 : grid.magnitude(parallel.numerators[j], i) / d;
+  }
+  return norm;
+}
+
+void store(const Peak &peak, int j, NodePeaks &peaks) {
+  peaks.magnitude[j] = peak.magnitude;
+  peaks.angle[j] = peak.place;
+}
+
+} // namespace
 
 NodePeaks cascade_node_peaks(const SectionEntry &cascade, SectionStructure structure) {
   const GainGrid grid;
+  const CirclePoints near_poles(cascade);
   NodePeaks peaks{};
-  std::vector<double> norm(grid.size(), 1.0);
+  std::vector<double> norm(grid.size(), 1.0), norm_near(near_poles.size(), 1.0);
   for (int j = 0; j < cascade.section_count; j++) {
-    for (std::size_t i = 0; i < grid.size(); i++) {
-      const double d = grid.magnitude(cascade.denominators[j], i);
-      if (is_transposed(structure)) {
-        if (d != 0) norm[i] *= grid.magnitude(cascade.numerators[j], i) / d;
-      } else {
-        norm[i] *= (j > 0 ? grid.magnitude(cascade.numerators[j - 1], i) : 1) / d;
-      }
-    }
-    find_peak(norm, grid, peaks.magnitude[j], peaks.angle[j]);
+    advance(cascade, structure, j, grid, norm);
+    advance(cascade, structure, j, near_poles, norm_near);
+    const auto at = [&](std::vector<double> angles) {
+      const CirclePoints points(std::move(angles));
+      std::vector<double> found(points.size(), 1.0);
+      for (int k = 0; k <= j; k++) advance(cascade, structure, k, points, found);
+      return found;
+    };
+    store(peak_or_missed(grid_peak(norm, grid), near_poles.angles(), norm_near, at), j, peaks);
   }
   return peaks;
 }
 
 NodePeaks parallel_node_peaks(const SectionEntry &parallel) {
   const GainGrid grid;
+  const CirclePoints near_poles(parallel);
   NodePeaks peaks{};
-  std::vector<double> norm(grid.size());
   for (int j = 0; j < parallel.section_count; j++) {
-    for (std::size_t i = 0; i < grid.size(); i++) {
-      const double d = grid.magnitude(parallel.denominators[j], i);
-      norm[i] = d == 0 ? 0 : grid.magnitude(parallel.numerators[j], i) / d;
-    }
-    find_peak(norm, grid, peaks.magnitude[j], peaks.angle[j]);
+    const auto at = [&](std::vector<double> angles) {
+      return section_norm(parallel, j, CirclePoints(std::move(angles)));
+    };
+    const Peak seen = grid_peak(section_norm(parallel, j, grid), grid);
+    store(peak_or_missed(seen, near_poles.angles(), section_norm(parallel, j, near_poles), at), j, peaks);
   }
   return peaks;
 }

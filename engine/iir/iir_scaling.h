@@ -1,9 +1,9 @@
 // iir_scaling.h - scaling the nodes of a digital filter so that none of them overflows.
 //
-// Node norms are largest magnitudes on the gain grid, overall gain left out [Jackson70]. Cascade, transposed structure:
-// node j is the output of section j, |H_0 ... H_j|. Canonic structure: node j is the state of section j,
-// |N_0 ... N_{j-1}| / |D_0 ... D_j|. Parallel form: node j is the output of section j, |H_j|. In all of them the node
-// after the last section is 0.
+// Node norms are largest magnitudes, overall gain left out [Jackson70], searched as for the gain (cascade_gain.h).
+// Cascade, transposed structure: node j is the output of section j, |H_0 ... H_j|. Canonic structure: node j is the
+// state of section j, |N_0 ... N_{j-1}| / |D_0 ... D_j|. Parallel form: node j is the output of section j, |H_j|. In
+// all of them the node after the last section is 0.
 //
 // [Jackson70] L. B. Jackson, On the interaction of roundoff noise and dynamic range in digital filters, Bell Syst.
 // Tech. J. 49, 1970.

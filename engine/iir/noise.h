@@ -1,6 +1,7 @@
 // noise.h - noise at the output of a digital filter that rounds inside its sections. [Jackson70], see iir_scaling.h.
 //
-// A section's noise gain is the mean squared magnitude of the path from its rounding point to the output. Cascade,
+// A section's noise gain is the mean squared magnitude of the path from its rounding point to the output, on the gain
+// grid or, where that is off by more than 0.1 dB, integrated on the nodes of pole_grid.h. Cascade,
 // transposed structure: 1 / |D_j| |H_{j+1} ... H_last|; canonic: |H_j ... H_last|. Parallel form: scaler / |D_j|.
 #pragma once
 

@@ -14,6 +14,10 @@
 
 namespace brisel::test {
 
+static double square(double x) {
+  return x * x;
+}
+
 // Truncation by integer arithmetic: a double is significand * 2^exponent with a whole significand.
 static double fixed_by_integers(double c, int bits, int shift) {
   int exponent;
@@ -314,15 +318,35 @@ TEST_F(QuantizeIir, DigitsThatAFormLosesAreNoted) {
             design_notes.end());
 }
 
-// Half way between two points of the gain grid, 1e-5 inside the unit circle. The 43.9157 dB are SciPy's freqz at that
-// frequency over its largest value on the grid.
-TEST_F(QuantizeIir, APeakBetweenTheFrequenciesOfTheGainIsNoted) {
-  const double radius = 1 - 1e-5, angle = 0.2505 * std::numbers::pi;
-  r.quantization.quant = 0;
-  use(sections(1, {{{{1, 0, 0}, {1, -2 * radius * std::cos(angle), radius * radius}}}}));
-  ASSERT_TRUE(quantize_iir());
+// Poles between the 1001 frequencies. Of 1 / (1 - 2 r cos(a) / z + r^2 / z^2) the largest magnitude and the mean
+// squared one have closed forms.
+TEST_F(QuantizeIir, PeaksAndNoiseBetweenTheFrequenciesOfTheGridAreFound) {
+  for (const double distance : {1e-3, 1e-5, 1e-8}) {
+    const double q = square(1 - distance), a = 0.2505 * std::numbers::pi;
+    const double peak = 1 / ((1 - q) * std::sin(a)), energy = (1 + q) / (1 - q) / (1 - 2 * q * std::cos(2 * a) + q * q);
+    use(sections(1, {{{{1, 0, 0}, {1, -2 * std::sqrt(q) * std::cos(a), q}}}}));
+    for (const RealizationForm form :
+         {RealizationForm::parallel, RealizationForm::ratio, RealizationForm::lattice, RealizationForm::cascade}) {
+      r.quantization.quant = 0;
+      r.realization = code(form);
+      ASSERT_TRUE(quantize_iir());
+      EXPECT_NEAR(r.z_quantized.ratio.gain * peak, 1, 1e-6) << code(form);
+    }
+    EXPECT_NEAR(r.noise.node_peak[0] / peak, 1, 1e-6);
+    EXPECT_NEAR(r.noise.scaled_node_peak[0], 1, 1e-6);
+    EXPECT_NEAR(r.noise.section_noise_gain[0] / energy, 1, 1e-6) << distance;
+  }
   const auto told = [](const std::string &note) { return note.find("reaches 43.92 dB") != note.npos; };
-  EXPECT_TRUE(std::any_of(design_notes.begin(), design_notes.end(), told));
+  EXPECT_TRUE(std::any_of(design_notes.begin(), design_notes.end(), told)) << "1e-5: over SciPy's freqz on the grid";
+
+  // A Tschebyscheff lowpass whose band ends below the first step: no pole's own angle shows its 3 dB of ripple.
+  const double epsilon = std::sqrt(std::pow(10, 0.3) - 1), size = std::asinh(1 / epsilon) / 2, k = 1e-4;
+  const double re = k * std::sinh(size) * std::sqrt(0.5), square_of_pole = re * re + square(k * std::cosh(size)) / 2;
+  const double a0 = 1 + 2 * re + square_of_pole;
+  use(sections(1, {{{{1, 2, 1}, {1, (2 * square_of_pole - 2) / a0, (1 - 2 * re + square_of_pole) / a0}}}}));
+  r.realization = code(RealizationForm::cascade);
+  ASSERT_TRUE(quantize_iir());
+  EXPECT_NEAR(std::abs(cascade_values(r.z_quantized.cascade, Values{1.0})[0]), std::pow(10, -0.15), 1e-6);
 }
 
 } // namespace brisel::test
