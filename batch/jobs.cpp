@@ -258,6 +258,7 @@ std::vector<Estimate> length_estimates(FilterType type) {
   fir_length_estimate(*current_spec, taps);
   std::vector<Estimate> lengths;
   for (std::size_t i = 0; i < taps.size(); i++) lengths.push_back({std::string(windows[i].option), taps[i]});
+  if (band_that_jumps(*current_spec)) return lengths; // which the optimal methods refuse
   // Both optimal methods approximate in the same sense and need the same length.
   const bool odd = type == FilterType::differentiator || type == FilterType::hilbert;
   const int optimal =
@@ -290,8 +291,8 @@ void run_estimate(const Job &job, BatchFrontEnd &front_end) {
   const std::vector<Estimate> lengths = length_estimates(type), orders = order_estimates(type);
 
   // Types without a transition of their own were given one; the reader of the figures must know it.
-  const bool assumed =
-      type == FilterType::differentiator || type == FilterType::hilbert || type == FilterType::arbitrary_magnitude;
+  const bool assumed = type == FilterType::differentiator || type == FilterType::hilbert ||
+                       type == FilterType::arbitrary_magnitude || type == FilterType::multiband;
   // A difference of edges, shown without the rounding of its last digits.
   const double width =
       !assumed ? 0

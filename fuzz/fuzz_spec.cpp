@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   static FilterSpec spec, again;
   const std::string_view text(reinterpret_cast<const char *>(data), size);
   if (read_filter_spec_text(text, spec) != success) return 0;
-  settle_at_half_sampling(spec);
+  settle_edges(spec);
   if (check_spec(spec)) return 0;
   spec.unit = spec.unit == 'R';
   const auto written = format_filter_spec(spec);

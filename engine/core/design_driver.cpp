@@ -191,20 +191,6 @@ void SetFilterDesignType() {
   design_state.symmetry = static_cast<std::uint8_t>(odd_response ? FirSymmetry::antisymmetric : FirSymmetry::symmetric);
 }
 
-FilterSpec normalised(const FilterSpec &given) {
-  FilterSpec out = given;
-  const double period = given.sampling_period;
-  out.symbol_rate *= period;
-  for (auto *edges : {&out.passband_edge, &out.stopband_edge})
-    for (double &f : *edges) f *= period;
-  for (auto *edges : {&out.band_lower, &out.band_upper})
-    for (double &f : *edges) f *= period;
-  for (double &f : out.function_frequency) f *= period;
-  out.sampling_frequency = two_pi;
-  out.sampling_period = 1;
-  return out;
-}
-
 bool GetFilterParameters() {
   trace(" entering GetFilterParameters\n");
   const FilterType type{design_state.filter_type};

@@ -15,9 +15,6 @@ void design_filter();
 /// each other, and resets prototype, window and symmetry to the type's own.
 void SetFilterDesignType();
 
-/// The specification with every frequency multiplied by `sampling_period`, so that the sampling frequency is 2 pi.
-FilterSpec normalised(const FilterSpec &spec);
-
 /// Runs the stages of a run between "Working..." and "Ready". When the user stops them, the design that stood before is
 /// put back.
 void run_with_progress(const std::function<void()> &stages);

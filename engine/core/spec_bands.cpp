@@ -3,6 +3,7 @@
 #include "engine/core/code_tables.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace brisel {
 
@@ -58,6 +59,10 @@ std::vector<FrequencyBand> transition_bands(const FilterSpec &spec) {
   std::sort(all.begin(), all.end(), [](const FrequencyBand &a, const FrequencyBand &b) { return a.low < b.low; });
   for (std::size_t i = 1; i < all.size(); i++) gaps.push_back({all[i - 1].high, all[i].low});
   return gaps;
+}
+
+double linear_gain(const FilterSpec &spec, int band, double value) {
+  return spec.list_flag[static_cast<std::size_t>(band)] ? std::pow(10, -0.05 * value) : value;
 }
 
 } // namespace brisel

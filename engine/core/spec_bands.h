@@ -18,4 +18,8 @@ std::vector<FrequencyBand> stopbands(const FilterSpec &spec);
 /// What lies between passbands and stopbands.
 std::vector<FrequencyBand> transition_bands(const FilterSpec &spec);
 
+/// Linear gain that a value of an arbitrary-magnitude band stands for: the value itself, or dB below 1 where the band's
+/// list is in dB.
+double linear_gain(const FilterSpec &spec, int band, double value);
+
 } // namespace brisel

@@ -1,8 +1,10 @@
 #include "engine/core/spec_check.h"
 
 #include "engine/core/code_tables.h"
+#include "engine/core/spec_bands.h"
 #include "engine/files/text_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <span>
@@ -135,21 +137,24 @@ Complaint check_sampling(const FilterSpec &spec) {
 }
 
 /// Ascending frequencies between 0 and half the sampling frequency, both included when `whole_range` says so.
-Complaint check_edges(const FilterSpec &spec, std::span<const Edge> edges, bool whole_range) {
+/// `touching`: the edges are those of bands, lower and upper in turn, and a band may begin where the one before ends.
+Complaint check_edges(const FilterSpec &spec, std::span<const Edge> edges, bool whole_range, bool touching = false) {
   const auto value = [&](Edge edge) { return spec_value(spec, edge.field, edge.index); };
   const auto shown = [&](Edge edge) { return ", " + frequency(spec, value(edge)); };
   const double half = spec.sampling_frequency / 2;
   for (const Edge edge : edges) {
     if (value(edge) < 0) return complain(spec, edge, shown(edge) + ", is below zero");
     if (value(edge) == 0 && !whole_range) return complain(spec, edge, " is zero");
-    if (value(edge) > half) return complain(spec, edge, shown(edge) + ", is above " + half_sampling(spec));
-    if (value(edge) == half && !whole_range)
-      return complain(spec, edge, shown(edge) + ", is not below " + half_sampling(spec));
+    const bool at_half = same_frequency(value(edge), half);
+    if (value(edge) > half && !at_half) return complain(spec, edge, shown(edge) + ", is above " + half_sampling(spec));
+    if (at_half && !whole_range) return complain(spec, edge, shown(edge) + ", is not below " + half_sampling(spec));
   }
-  for (std::size_t i = 1; i < edges.size(); i++)
-    if (value(edges[i]) <= value(edges[i - 1]))
-      return complain(spec, edges[i],
-                      shown(edges[i]) + ", is not above " + field_name(spec, edges[i - 1]) + shown(edges[i - 1]));
+  for (std::size_t i = 1; i < edges.size(); i++) {
+    const bool may_touch = touching && i % 2 == 0;
+    if (value(edges[i]) > value(edges[i - 1]) || (may_touch && value(edges[i]) == value(edges[i - 1]))) continue;
+    return complain(spec, edges[i],
+                    shown(edges[i]) + ", is not above " + field_name(spec, edges[i - 1]) + shown(edges[i - 1]));
+  }
   return {};
 }
 
@@ -165,6 +170,38 @@ Complaint check_level(const FilterSpec &spec, Edge at) {
   return complain(spec, at, formatf(", %.10g dB, is beyond %g dB", level, max_attenuation_db));
 }
 
+double largest_desired(const FilterSpec &spec) {
+  double largest = 0;
+  const auto take = [&](double gain) { largest = std::max(largest, std::fabs(gain)); };
+  for (int i = 0; i < spec.band_count; i++) {
+    if (spec.type == code(FilterType::multiband)) {
+      take(spec.band_value[i]);
+      continue;
+    }
+    if (spec.fixed_gain[i]) take(linear_gain(spec, i, spec.band_value[i]));
+    for (int k = 0; !spec.fixed_gain[i] && k < spec.point_count[i]; k++)
+      take(linear_gain(spec, i, spec.function_value[max_points_per_band * i + k]));
+  }
+  return largest;
+}
+
+/// A filter that does nothing meets a ripple of 100 %, and the length formulas say nothing of larger ones. Where the
+/// desired value is 0 everywhere there is nothing to measure a ripple by.
+Complaint check_band_ripples(const FilterSpec &spec) {
+  const bool arbitrary = spec.type == code(FilterType::arbitrary_magnitude);
+  const double largest = largest_desired(spec);
+  for (int i = 0; i < spec.band_count; i++) {
+    const bool proportional = arbitrary && spec.proportional[i] != 0;
+    const double most = proportional ? 1 : largest;
+    if (most == 0 || spec.band_ripple[i] <= most) continue;
+    return complain(spec, {SpecField::band_ripple, i},
+                    formatf(proportional ? ", %.10g, is above %g, which is 100 %%"
+                                         : ", %.10g, is above the largest desired value, %.10g",
+                            spec.band_ripple[i], most));
+  }
+  return {};
+}
+
 Complaint check_bands(const FilterSpec &spec) {
   const bool arbitrary = spec.type == code(FilterType::arbitrary_magnitude);
   const int most = arbitrary ? max_arbitrary_bands : max_bands;
@@ -175,12 +212,11 @@ Complaint check_bands(const FilterSpec &spec) {
     edges[2 * i] = {SpecField::band_lower, i};
     edges[2 * i + 1] = {SpecField::band_upper, i};
   }
-  if (auto complaint = check_edges(spec, std::span(edges).first(2 * spec.band_count), true)) return complaint;
+  if (auto complaint = check_edges(spec, std::span(edges).first(2 * spec.band_count), true, true)) return complaint;
   for (int i = 0; i < spec.band_count; i++)
     if (spec.band_ripple[i] <= 0)
       return complain(spec, {SpecField::band_ripple, i}, formatf(", %.10g, is not above zero", spec.band_ripple[i]));
-  if (!arbitrary) return {};
-  for (int i = 0; i < spec.band_count; i++) {
+  for (int i = 0; arbitrary && i < spec.band_count; i++) {
     if (spec.fixed_gain[i]) {
       if (!spec.list_flag[i]) continue;
       if (auto complaint = check_level(spec, {SpecField::band_value, i})) return complaint;
@@ -194,7 +230,7 @@ Complaint check_bands(const FilterSpec &spec) {
     for (int k = 0; spec.list_flag[i] && k < spec.point_count[i]; k++)
       if (auto complaint = check_level(spec, {SpecField::function_value, first + k})) return complaint;
   }
-  return {};
+  return check_band_ripples(spec);
 }
 
 double raised_cosine_edge(const FilterSpec &spec, double sign) {
@@ -224,8 +260,11 @@ Complaint check_ripples(const FilterSpec &spec, const TypeRules &rules) {
     const double value = spec_value(spec, ripple.field);
     if (value <= 0)
       return complain(spec, ripple, formatf(", %.10g%s, is not above zero", value, rules.ripples_in_db ? " dB" : ""));
-    if (!rules.ripples_in_db) continue;
-    if (auto complaint = check_level(spec, ripple)) return complaint;
+    if (rules.ripples_in_db) {
+      if (auto complaint = check_level(spec, ripple)) return complaint;
+    } else if (spec.type != code(FilterType::arbitrary_group_delay) && value > 100) { // whose ripple is in samples
+      return complain(spec, ripple, formatf(", %.10g %%, is above 100 %%", value));
+    }
   }
   return {};
 }
@@ -314,20 +353,43 @@ std::optional<SpecComplaint> check_spec(const FilterSpec &spec) {
 void derive_raised_cosine_edges(FilterSpec &spec) {
   spec.passband_edge[0] = raised_cosine_edge(spec, -1);
   spec.stopband_edge[0] = raised_cosine_edge(spec, 1);
+  settle_edges(spec);
 }
 
-void settle_at_half_sampling(FilterSpec &spec) {
+bool same_frequency(double a, double b) {
+  const double larger = std::max(std::fabs(a), std::fabs(b));
+  const double unit = std::nextafter(larger, HUGE_VAL) - larger;
+  return std::fabs(a - b) <= 4 * unit;
+}
+
+namespace {
+
+std::array<std::span<double>, 5> edges_of(FilterSpec &spec) {
+  return {spec.passband_edge, spec.stopband_edge, spec.band_lower, spec.band_upper, spec.function_frequency};
+}
+
+} // namespace
+
+void settle_edges(FilterSpec &spec) {
   if (!type_rules[spec.type].whole_range) return;
   const double half = spec.sampling_frequency / 2;
-  const auto settle = [half](std::span<double> edges) {
+  for (const std::span<double> edges : edges_of(spec))
     for (double &edge : edges)
       if (std::fabs(edge - half) <= half * six_digits) edge = half;
-  };
-  settle(spec.passband_edge);
-  settle(spec.stopband_edge);
-  settle(spec.band_lower);
-  settle(spec.band_upper);
-  settle(spec.function_frequency);
+  for (std::size_t b = 1; b < spec.band_lower.size(); b++)
+    if (same_frequency(spec.band_lower[b], spec.band_upper[b - 1])) spec.band_lower[b] = spec.band_upper[b - 1];
+}
+
+FilterSpec normalised(const FilterSpec &given) {
+  FilterSpec out = given;
+  const double period = given.sampling_period;
+  out.sampling_frequency = two_pi;
+  out.sampling_period = 1;
+  out.symbol_rate *= period;
+  const double half = two_pi / 2;
+  for (const std::span<double> edges : edges_of(out))
+    for (double &edge : edges) edge = same_frequency(edge * period, half) ? half : edge * period;
+  return out;
 }
 
 } // namespace brisel

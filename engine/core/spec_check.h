@@ -56,8 +56,15 @@ std::optional<SpecComplaint> check_spec(const FilterSpec &spec);
 /// Sets the first edges of a raised cosine type from its symbol rate and rolloff factor.
 void derive_raised_cosine_edges(FilterSpec &spec);
 
+/// True when the two differ by the rounding of a few products only: 4 units in the last place.
+bool same_frequency(double a, double b);
+
 /// Edges and function points that may lie at half the sampling frequency, and do up to the six digits of a file or a
-/// dialog, are set to exactly that.
-void settle_at_half_sampling(FilterSpec &spec);
+/// dialog, are set to exactly that; so are the edges of neighbouring bands that only rounding parts.
+void settle_edges(FilterSpec &spec);
+
+/// The specification with a sampling frequency of 2 pi. What was the same frequency still is: an edge at half the
+/// sampling frequency is pi, and no rounding keeps it apart.
+FilterSpec normalised(const FilterSpec &spec);
 
 } // namespace brisel

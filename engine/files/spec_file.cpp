@@ -430,7 +430,7 @@ Status load_filter_spec(const std::string &path) {
   const auto where = [&](int line) { return formatf("%s:%d: ", path.c_str(), line); };
   if (result == format_error) post_message(Message::specification_refused, where(reading.line) + reading.reason);
   if (result != success) return result;
-  settle_at_half_sampling(scratch);
+  settle_edges(scratch);
   if (const auto complaint = check_spec(scratch)) {
     post_message(Message::impossible_specification,
                  where(reading.line_of(complaint->field, complaint->index)) + complaint->reason);

@@ -188,6 +188,12 @@ bool plan_bands(const FilterSpec &spec, const PlanOptions &options, BandPlan &pl
     refusal.reason = "a halfband filter is symmetric";
     return false;
   }
+  if (const auto b = band_that_jumps(spec)) {
+    refusal.reason = formatf("bands %d and %d touch and their gains differ there; leave a gap between them, or use the "
+                             "window method",
+                             *b, *b + 1);
+    return false;
+  }
 
   Planner planner(plan);
   add_bands(spec, plan, planner);

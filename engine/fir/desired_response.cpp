@@ -1,6 +1,9 @@
 // desired_response.cpp - band tables and curves of the FIR types whose amplitude is not simply 0 or 1.
 #include "engine/fir/desired_response.h"
 
+#include "engine/core/code_tables.h"
+#include "engine/core/spec_bands.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,7 +18,7 @@ BandStretches band_stretches(const FilterSpec &spec) {
 }
 
 MagnitudeTable magnitude_table(const FilterSpec &spec, int band) {
-  const auto gain = [&](double value) { return spec.list_flag[band] ? std::pow(10, -0.05 * value) : value; };
+  const auto gain = [&](double value) { return linear_gain(spec, band, value); };
   MagnitudeTable table;
   if (spec.fixed_gain[band] || spec.point_count[band] == 0) {
     table.count = 1;
@@ -39,6 +42,28 @@ double interpolate(const MagnitudeTable &table, double w) {
   if (i == table.count) return table.gain[i - 1];
   const double fraction = (w - table.frequency[i - 1]) / (table.frequency[i] - table.frequency[i - 1]);
   return std::lerp(table.gain[i - 1], table.gain[i], fraction);
+}
+
+double step_below_band(const FilterSpec &spec, int band) {
+  double below, above;
+  if (spec.type == code(FilterType::multiband)) {
+    below = spec.band_value[band - 1];
+    above = spec.band_value[band];
+  } else {
+    below = interpolate(magnitude_table(spec, band - 1), spec.band_upper[band - 1]);
+    above = interpolate(magnitude_table(spec, band), spec.band_lower[band]);
+  }
+  constexpr double rounding = 1e-12; // of edges between two points, and of gains given in dB
+  const double step = std::abs(above - below);
+  return step > rounding * std::max(std::abs(above), std::abs(below)) ? step : 0;
+}
+
+std::optional<int> band_that_jumps(const FilterSpec &spec) {
+  const bool multiband = spec.type == code(FilterType::multiband);
+  if (!multiband && spec.type != code(FilterType::arbitrary_magnitude)) return std::nullopt;
+  for (int b = 1; b < std::min(spec.band_count, multiband ? max_bands : max_arbitrary_bands); b++)
+    if (spec.band_lower[b] == spec.band_upper[b - 1] && step_below_band(spec, b) > 0) return b;
+  return std::nullopt;
 }
 
 double root_raised_cosine(double w, double passband_edge, double stopband_edge) {

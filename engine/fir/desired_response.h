@@ -7,6 +7,7 @@
 
 #include <array>
 #include <numbers>
+#include <optional>
 
 namespace brisel {
 
@@ -28,6 +29,13 @@ struct MagnitudeTable {
 MagnitudeTable magnitude_table(const FilterSpec &spec, int band);
 /// Linear between the points; the first and the last gain hold beyond them.
 double interpolate(const MagnitudeTable &table, double w);
+
+/// How far the desired gain of a multiband or arbitrary-magnitude specification steps between band `band` - 1 and the
+/// band behind it; 0 where it goes on without a step.
+double step_below_band(const FilterSpec &spec, int band);
+/// The first band of such a specification that begins where the one before ends, with another gain: a step that no
+/// filter follows.
+std::optional<int> band_that_jumps(const FilterSpec &spec);
 
 /// 1 up to the passband edge, half a cosine period down to 0 at the stopband edge, 0 beyond.
 double raised_cosine(double w, double passband_edge, double stopband_edge);

@@ -3,6 +3,7 @@
 // [Kaiser74] J. F. Kaiser, Nonrecursive digital filter design using the I0-sinh window function, Proc. ISCAS (1974).
 #include "engine/fir/length_estimate.h"
 
+#include "engine/fir/desired_response.h"
 #include "engine/fir/halfband.h"
 
 #include <algorithm>
@@ -28,10 +29,21 @@ static double effective_attenuation(const FilterSpec &spec) {
   return -20 * std::log10(stopband);
 }
 
+constexpr double none = std::numeric_limits<double>::infinity();
+
+/// The narrowest gap in which the desired gain has a step to make. Bands that touch leave no room for one.
+static double narrowest_transition(const FilterSpec &spec, int most_bands) {
+  double narrowest = none;
+  for (int b = 1; b < std::min(spec.band_count, most_bands); b++) {
+    const double gap = spec.band_lower[b] - spec.band_upper[b - 1];
+    if (gap > 0 && gap < narrowest && step_below_band(spec, b) > 0) narrowest = gap;
+  }
+  return narrowest;
+}
+
 double transition_width(const FilterSpec &spec, double entered) {
   const auto &pass = spec.passband_edge, &stop = spec.stopband_edge;
   const double half_rate = spec.sampling_frequency / 2;
-  constexpr double none = std::numeric_limits<double>::infinity();
   const auto nonzero = [](double width) { return width > 0 ? width : none; };
   double width = none;
   switch (static_cast<FilterType>(spec.type)) {
@@ -46,17 +58,14 @@ double transition_width(const FilterSpec &spec, double entered) {
   case FilterType::band_stop:
     return std::min(std::abs(stop[0] - pass[0]), std::abs(stop[1] - pass[1]));
   case FilterType::multiband:
-    for (int b = 1; b < std::min(spec.band_count, max_bands); b++)
-      width = std::min(width, spec.band_lower[b] - spec.band_upper[b - 1]);
+    width = narrowest_transition(spec, max_bands);
     break;
   case FilterType::differentiator:
   case FilterType::hilbert:
     width = entered > 0 ? entered : std::min(nonzero(pass[0]), nonzero(half_rate - pass[1]));
     break;
   case FilterType::arbitrary_magnitude:
-    for (int b = 1; b < std::min(spec.band_count, max_arbitrary_bands); b++)
-      width = std::min(width, nonzero(spec.band_lower[b] - spec.band_upper[b - 1]));
-    if (entered > 0) width = entered;
+    width = entered > 0 ? entered : narrowest_transition(spec, max_arbitrary_bands);
     break;
   case FilterType::arbitrary_group_delay:
     break;

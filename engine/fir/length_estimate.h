@@ -13,8 +13,9 @@ double multiband_attenuation(const FilterSpec &spec);
 
 /// Transition width that the estimate works with, in the unit of the specification's frequencies. `entered` stands in
 /// for types without a transition of their own (differentiator, Hilbert transformer, arbitrary magnitude); where it is
-/// 0 the first two take the smallest nonzero gap between their edges and 0 or half the sampling frequency, the last its
-/// smallest nonzero gap between bands, and failing that 0.05 of the sampling frequency.
+/// 0 the first two take the smallest nonzero gap between their edges and 0 or half the sampling frequency, the last,
+/// like multiband, its smallest nonzero gap in which the gain has a step, and all of them failing that 0.05 of the
+/// sampling frequency.
 double transition_width(const FilterSpec &spec, double entered = 0);
 
 /// One odd length a window, index = window code.

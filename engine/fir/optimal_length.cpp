@@ -27,12 +27,6 @@ double herrmann_length(double passband, double stopband, double width) {
   return d_infinity / width - f * width + 1;
 }
 
-// Desired value at an end of a band.
-static double desired_at(const FilterSpec &spec, int band, bool upper) {
-  if (static_cast<FilterType>(spec.type) == FilterType::multiband) return spec.band_value[band];
-  return interpolate(magnitude_table(spec, band), upper ? spec.band_upper[band] : spec.band_lower[band]);
-}
-
 // The longest of what the steps between neighbouring bands need, each in parts of its step; without a step, what the
 // smallest ripple needs.
 static double banded_length(const FilterSpec &spec, double entered_width) {
@@ -40,7 +34,7 @@ static double banded_length(const FilterSpec &spec, double entered_width) {
   const int bands = std::clamp(spec.band_count, 1, most);
   double length = 0;
   for (int b = 1; b < bands; b++) {
-    const double step = std::abs(desired_at(spec, b, false) - desired_at(spec, b - 1, true));
+    const double step = step_below_band(spec, b);
     const double lower = spec.band_ripple[b - 1] / step;
     const double upper = spec.band_ripple[b] / step;
     const double gap = entered_width > 0 ? entered_width : spec.band_lower[b] - spec.band_upper[b - 1];
@@ -104,9 +98,9 @@ int optimal_length(const FilterSpec &spec, FirSymmetry symmetry, double entered_
   case FilterType::arbitrary_group_delay:
     break;
   }
-  // Compared as a double: a vanishing transition gives infinity.
+  // Compared as doubles: a vanishing transition gives infinity, ripples beyond 1 large negative numbers.
   if (!(length < longest_estimate)) return longest_estimate;
-  int taps = std::max(min_taps, static_cast<int>(std::ceil(length)));
+  int taps = static_cast<int>(std::ceil(std::max<double>(min_taps, length)));
   if (type == FilterType::half_band) return std::min(longest_estimate, taps + (3 - taps % 4 + 4) % 4);
   const bool even = symmetry == FirSymmetry::antisymmetric && passes_half;
   if ((taps % 2 == 0) != even) taps++;

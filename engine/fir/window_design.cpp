@@ -5,6 +5,7 @@
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
+#include "engine/fir/desired_response.h"
 #include "engine/fir/halfband.h"
 #include "engine/fir/ideal_response.h"
 #include "engine/fir/length_estimate.h"
@@ -114,6 +115,14 @@ static void note_forced_zero(const FilterSpec &spec, bool compensated, const Fir
   design_notes.push_back(note + ". Ask for an odd length.");
 }
 
+/// Bands without a gap between them whose gains differ.
+static void note_jump(const FilterSpec &spec) {
+  if (const auto b = band_that_jumps(spec))
+    design_notes.push_back(formatf("Bands %d and %d touch and their gains differ there: at the common edge the filter "
+                                   "has the mean of both, whatever its length. Leave a gap between the bands.",
+                                   *b, *b + 1));
+}
+
 /// At the high trace level, what stands for numerical integrals: taps without the factor 1/pi.
 static void trace_integrals(const FilterSpec &spec, const Compensation &compensation, std::span<const double> taps) {
   const auto type = static_cast<FilterType>(spec.type);
@@ -166,6 +175,7 @@ bool fir_window_design(const FilterSpec &spec, FirEntry &entry) {
       return false;
     }
 
+  note_jump(spec);
   note_forced_zero(spec, is_active(*compensation), entry);
   if (halfband) note_halfband_miss(spec, is_active(*compensation), entry);
   trace("\n Fir Filter Design\n");

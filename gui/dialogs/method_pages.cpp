@@ -1,7 +1,7 @@
 #include "gui/dialogs/method_pages.h"
 
-#include "engine/core/design_driver.h"
 #include "engine/core/design_state.h"
+#include "engine/core/spec_check.h"
 #include "engine/fir/compensation.h"
 #include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"

@@ -135,7 +135,7 @@ void SpecPage::read() {
       spec_value(typed, row.field, row.index) = *value * (is_frequency(row.unit) ? design_state.unit_factor : 1);
   }
   if (!is_right()) return;
-  settle_at_half_sampling(typed);
+  settle_edges(typed);
   const bool raised_cosine =
       typed.type == code(FilterType::raised_cosine) || typed.type == code(FilterType::root_raised_cosine);
   const bool same = typed.symbol_rate == before.symbol_rate && typed.rolloff == before.rolloff;

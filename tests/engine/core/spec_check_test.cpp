@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
+#include <numbers>
 
 using namespace brisel;
 
@@ -68,6 +69,23 @@ TEST(SpecCheck, AcceptsAPossibleSpecificationOfEachType) {
   for (int type = 0; type < filter_type_count; type++) {
     const auto complaint = check_spec(possible(static_cast<FilterType>(type)));
     EXPECT_FALSE(complaint) << filter_types[type].file_name << ": " << complaint->reason;
+  }
+}
+
+TEST(SpecCheck, BandsMayTouch) {
+  FilterSpec spec = possible(FilterType::multiband);
+  spec.band_lower[1] = std::nextafter(spec.band_upper[0], 0); // as rounding leaves it
+  settle_edges(spec);
+  EXPECT_FALSE(check_spec(spec));
+}
+
+TEST(Normalised, HalfTheSamplingFrequencyIsPiAtEveryRate) {
+  FilterSpec spec = possible(FilterType::hilbert);
+  for (int rate = 1; rate <= 1'000'000; rate++) {
+    spec.sampling_frequency = two_pi * rate;
+    spec.sampling_period = two_pi / spec.sampling_frequency;
+    spec.passband_edge = {spec.sampling_frequency / 8, spec.sampling_frequency / 2};
+    ASSERT_EQ(normalised(spec).passband_edge[1], std::numbers::pi) << rate;
   }
 }
 
@@ -144,8 +162,20 @@ TEST(SpecCheck, NamesTheFieldAndTheReason) {
        "the number of bands, 0, is not 1 to 10"},
       {arbitrary_magnitude, [](auto &s) { s.band_count = 6; }, SpecField::band_count, 0,
        "the number of bands, 6, is not 1 to 5"},
-      {multiband, [=](auto &s) { s.band_lower[1] = 1000 * hz; }, SpecField::band_lower, 1,
-       "the lower edge of band 2, 1000 Hz, is not above the upper edge of band 1, 1000 Hz"},
+      {low_pass, [=](auto &s) { s.stopband_edge[0] = std::nextafter(4000 * hz, 0); }, SpecField::stopband_edge, 0,
+       "the stopband edge, 4000 Hz, is not below half the sampling frequency, 4000 Hz"},
+      {multiband, [=](auto &s) { s.band_lower[1] = 999 * hz; }, SpecField::band_lower, 1,
+       "the lower edge of band 2, 999 Hz, is not above the upper edge of band 1, 1000 Hz"},
+      {multiband, [=](auto &s) { s.band_upper[1] = 2000 * hz; }, SpecField::band_upper, 1,
+       "the upper edge of band 2, 2000 Hz, is not above the lower edge of band 2, 2000 Hz"},
+      {multiband, [](auto &s) { s.band_value[0] = -2, s.band_ripple[1] = 2.5; }, SpecField::band_ripple, 1,
+       "the ripple of band 2, 2.5, is above the largest desired value, 2"},
+      {arbitrary_magnitude, [](auto &s) { s.function_value[51] = 3, s.band_ripple[0] = 1e300; }, SpecField::band_ripple,
+       0, "the ripple of band 1, 1e+300, is above the largest desired value, 3"},
+      {arbitrary_magnitude, [](auto &s) { s.band_value[0] = 3, s.band_ripple[0] = 2, s.proportional[0] = 1; },
+       SpecField::band_ripple, 0, "the ripple of band 1, 2, is above 1, which is 100 %"},
+      {hilbert, [](auto &s) { s.passband_ripple = 1e11; }, SpecField::passband_ripple, 0,
+       "the ripple, 1e+11 %, is above 100 %"},
       {multiband, [](auto &s) { s.band_ripple[1] = -1; }, SpecField::band_ripple, 1,
        "the ripple of band 2, -1, is not above zero"},
       {multiband, [](auto &s) { s.band_value[1] = INFINITY; }, SpecField::band_value, 1,

@@ -50,6 +50,7 @@ TEST(LengthEstimate, MultibandTakesItsSmallestDeviationAndItsSmallestGap) {
   s.band_count = 3;
   s.band_lower = {0, 1500, 3000};
   s.band_upper = {1000, 2300, 4000};
+  s.band_value = {1, 0, 1};
   s.band_ripple = {0.01, 0.003, 0.05};
   EXPECT_EQ(transition_width(s), 500);
   EXPECT_EQ(estimate(s), (Lengths{15, 63, 51, 53, 89, 93, 85, 83, 95, 83, 101, 95, 93, 107, 49, 51, 51, 49}));
@@ -80,8 +81,14 @@ TEST(TransitionWidth, OfEveryType) {
   arbitrary.band_count = 3;
   arbitrary.band_lower = {0, 1000, 2100};
   arbitrary.band_upper = {1000, 2000, 4000};
-  FilterSpec one_band = arbitrary;
-  one_band.band_count = 1;
+  arbitrary.fixed_gain = {1, 1, 1};
+  arbitrary.band_value = {1, 1, 0}; // the first two touch, and narrower gaps without a step count no more than that
+  FilterSpec no_step = arbitrary;
+  no_step.band_value[2] = 1;
+  FilterSpec multiband = arbitrary;
+  multiband.type = code(FilterType::multiband);
+  FilterSpec jump = multiband;
+  jump.band_value[0] = 2;
   struct Case {
     FilterSpec spec;
     double entered, width;
@@ -99,7 +106,9 @@ TEST(TransitionWidth, OfEveryType) {
            Case{with(FilterType::hilbert, {0, 4000}, {}), 0, 400}, // 0.05 of the sampling frequency
            Case{arbitrary, 0, 100},
            Case{arbitrary, 50, 50},
-           Case{one_band, 0, 400},
+           Case{no_step, 0, 400},
+           Case{multiband, 0, 100},
+           Case{jump, 0, 100},
        })
     EXPECT_NEAR(transition_width(spec, entered), width, 1e-9) << filter_types[spec.type].dialog_name;
 }

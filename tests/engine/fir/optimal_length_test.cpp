@@ -78,6 +78,10 @@ TEST(OptimalLength, Limits) {
   EXPECT_EQ(length(1e-6), 32767);
   EXPECT_EQ(length(std::numeric_limits<double>::quiet_NaN()), 32767);
   EXPECT_EQ(length(0.39), 3);
+  EXPECT_EQ(optimal_length(differentiator_spec(0, 0, 0.3, 1e11), FirSymmetry::antisymmetric), 3);
+  EXPECT_EQ(optimal_length(banded_spec(FilterType::multiband, 0, {{0, 0.1, 1, 1e300}, {0.2, 0.5, 1, 1e300}}),
+                           FirSymmetry::symmetric),
+            3);
 }
 
 } // namespace
