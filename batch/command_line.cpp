@@ -8,6 +8,7 @@
 #include "engine/files/text_file.h"
 #include "engine/fir/compensation.h"
 #include "engine/iir/allpass_delay.h"
+#include "engine/iir/iir_quantize.h"
 
 #include <CLI/CLI.hpp>
 
@@ -602,6 +603,10 @@ void refuse_unused_options(const Job &job, int method) {
     if (row.place_is(&Job::prewarp) && job.prewarp && job.prewarp_all) refuse(row, "cannot go with --prewarp-all");
     needs(&Job::structure, job.realization.value_or(code(RealizationForm::cascade)) == code(RealizationForm::cascade),
           "--realization cascade");
+    if (row.place_is(&Job::structure) && fixed &&
+        is_floating_only(static_cast<SectionStructure>(job.structure.value_or(code(SectionStructure::transposed)))))
+      refuse(row, std::string(section_structures[static_cast<std::size_t>(*job.structure)].option) +
+                      " exists in floating point only; use --quantize floating");
     needs(&Job::detail, !job.report.empty(), "--report");
     needs(&Job::trace_level, !job.trace.empty(), "--trace");
     needs(&Job::cocentric_format, !job.cocentric.empty(), "--cocentric");

@@ -43,13 +43,13 @@ std::string one_line(std::string text) {
   return text;
 }
 
-std::string BatchFrontEnd::line(const Posted &message) {
+std::string BatchFrontEnd::line(const Posted &message) const {
   std::string text = message_text(message.number);
   if (!message.detail.empty()) {
-    // The first line says what happened, the detail where and why.
+    // The first line says what happened, the detail why. The detail of a reader begins with file and line.
     text.resize(std::min(text.find('\n'), text.size()));
     while (!text.empty() && text.back() == '.') text.pop_back();
-    return message.detail + " (" + text + ")";
+    return message.detail.starts_with(job.input) ? message.detail + " (" + text + ")" : text + ": " + message.detail;
   }
   return one_line(std::move(text));
 }
@@ -62,7 +62,8 @@ std::string BatchFrontEnd::failure(const std::string &otherwise) const {
 }
 
 void BatchFrontEnd::messages_to_notes() {
-  for (const Posted &message : posted) design_notes.push_back(line(message));
+  for (const Posted &message : posted)
+    if (message.number != Message::quantized_unstable) design_notes.push_back(line(message)); // has a note already
   posted.clear();
 }
 

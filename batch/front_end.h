@@ -33,7 +33,7 @@ private:
     Message number;
     std::string detail;
   };
-  static std::string line(const Posted &message);
+  std::string line(const Posted &message) const;
 
   const Job &job;
   std::vector<Posted> posted;

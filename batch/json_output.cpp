@@ -6,6 +6,7 @@
 #include "engine/core/code_tables.h"
 #include "engine/fir/run_selections.h"
 #include "engine/iir/delay_design.h"
+#include "engine/iir/iir_quantize.h"
 
 #include <nlohmann/json.hpp>
 
@@ -192,7 +193,9 @@ Json iir_quantization_json() {
 
 Json quantization_json() {
   const QuantizationSettings &settings = design_record.quantization;
-  Json out{{"type", settings.qtype ? "fixed" : "floating"}, {"bits", settings.ibit}};
+  const bool fixed =
+      is_fir_result() ? settings.qtype != 0 : in_fixed_point(settings, RealizationForm{design_record.realization});
+  Json out{{"type", fixed ? "fixed" : "floating"}, {"bits", settings.ibit}};
   if (!is_fir_result()) out.update(iir_quantization_json());
   return out;
 }

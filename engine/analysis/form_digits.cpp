@@ -25,6 +25,11 @@ constexpr std::array form_rows{
 
 } // namespace
 
+std::string digits_text(double digits) {
+  const int whole = std::max(static_cast<int>(digits), 0);
+  return std::to_string(whole) + (whole == 1 ? " digit" : " digits");
+}
+
 std::optional<InputOption> option_of_form(RealizationForm form) {
   const auto row = std::ranges::find(form_rows, form, &FormRow::form);
   return row == form_rows.end() ? std::nullopt : std::optional(row->option);

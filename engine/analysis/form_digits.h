@@ -4,6 +4,7 @@
 #include "engine/analysis/form_conversions.h"
 
 #include <optional>
+#include <string>
 
 namespace brisel {
 
@@ -26,6 +27,9 @@ Values dense_points(Domain domain, std::span<const std::complex<double>> poles);
 /// Decimal digits, 0 to 16, in which `changed`, evaluated in doubles, is `source` as its coefficients stand, answering
 /// `dropped_delay` samples earlier.
 double form_digits_kept(const FormOfSystem &source, const FormOfSystem &changed, int dropped_delay);
+
+/// "1 digit", "5 digits"; none for a negative number.
+std::string digits_text(double digits);
 
 /// The form that a realization is entered in; nothing for a nonlinear one. Poles and zeros are no realization.
 std::optional<InputOption> option_of_form(RealizationForm form);

@@ -1,12 +1,13 @@
 #include "engine/core/problem_description.h"
 
 #include "engine/files/text_file.h"
+#include "engine/iir/iir_quantize.h"
 
 namespace brisel {
 
-std::string arithmetic_description(const QuantizationSettings &q) {
+static std::string arithmetic_description(const QuantizationSettings &q, bool fixed) {
   if (!q.quant) return "52 Bit Floating Point";
-  return formatf(q.qtype ? "%d Bit Fixed Point" : "%d Bit Floating Point", q.ibit);
+  return formatf(fixed ? "%d Bit Fixed Point" : "%d Bit Floating Point", q.ibit);
 }
 
 std::string problem_description(const DesignRecord &r) {
@@ -36,7 +37,9 @@ std::string problem_description(const DesignRecord &r) {
                            r.selections.SDomainAnalysisRealizationMethod == code(ZTransform::s_domain_only);
   out += fir ? formatf(", %d taps", r.fir.length)
              : formatf(", order %d", (analog_only ? r.s_unnormalized : r.z).cascade.order);
-  return out + ", " + arithmetic_description(r.quantization);
+  return out + ", " +
+         arithmetic_description(r.quantization, fir ? r.quantization.qtype != 0
+                                                    : in_fixed_point(r.quantization, RealizationForm{r.realization}));
 }
 
 } // namespace brisel

@@ -7,10 +7,8 @@
 
 namespace brisel {
 
-/// "16 Bit Fixed Point", "24 Bit Floating Point"; without quantization "52 Bit Floating Point".
-std::string arithmetic_description(const QuantizationSettings &quantization);
-
-/// "Lowpass Filter, FIR (Window) Design, Kaiser, 63 taps, 52 Bit Floating Point".
+/// "Lowpass Filter, FIR (Window) Design, Kaiser, 63 taps, 16 Bit Fixed Point"; without quantization it ends in "52 Bit
+/// Floating Point".
 std::string problem_description(const DesignRecord &record);
 
 } // namespace brisel

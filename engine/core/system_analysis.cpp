@@ -118,7 +118,7 @@ bool derive_all(Domain domain, InputOption option, IirForms &forms) {
   FormReport found{};
   if (!derive_entered(domain, option, forms, found)) return refuse(Message::system_has_no_form);
   forms.cascade.keep_gain = forms.parallel.keep_gain = keep_gain;
-  if (domain == Domain::z) note_forms(found);
+  if (domain == Domain::z) note_forms(found, form_of_option(option).value_or(RealizationForm::cascade));
   return true;
 }
 

@@ -79,11 +79,11 @@ bool is_entered(Domain domain) {
 }
 
 std::string digits_note(const char *what, double digits) {
-  return formatf("%s %d digits of the response.", what, static_cast<int>(digits));
+  return std::string(what) + " " + digits_text(digits) + " of the response.";
 }
 
 ConversionOutcome too_few(double digits) {
-  return formatf("the form would keep %d digits of the response", static_cast<int>(std::max(digits, 0.0)));
+  return "the form would keep " + digits_text(digits) + " of the response";
 }
 
 // What the user has to know of every finished conversion.

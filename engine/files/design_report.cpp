@@ -5,6 +5,7 @@
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
+#include "engine/iir/iir_quantize.h"
 
 #include <algorithm>
 #include <span>
@@ -189,6 +190,9 @@ std::string format_iir_report(const DesignRecord &r) {
   append_form(out, r.z, form);
   if (r.quantization.quant) {
     append_quantized(out, r);
+    if (r.quantization.qtype && !in_fixed_point(r.quantization, form))
+      appendf(out, "%sTHEIR SIGNIFICANDS ARE TRUNCATED: FIXED POINT IS FOR SECTIONS ONLY\n",
+              quantization_indent.c_str());
     appendf(out, "\n%sAFTER QUANTIZATION\n", heading.c_str());
     append_form(out, r.z_quantized, form);
   }

@@ -1,6 +1,6 @@
 #include "engine/iir/design_iir_sections.h"
 
-#include "engine/analysis/form_conversions.h"
+#include "engine/analysis/form_digits.h"
 #include "engine/analysis/pole_zero_form.h"
 #include "engine/analysis/polynomial_roots.h"
 #include "engine/core/design_state.h"
@@ -227,10 +227,8 @@ bool map_parallel(DesignRecord &r, bool designed) {
   }
   if (digits < least_digits) return refuse(Message::partial_fractions_lost);
   if (digits < enough_digits)
-    design_notes.push_back(
-        formatf("The partial fractions, of which an impulse-invariant filter is made, keep %d digits "
-                "of the filter.",
-                static_cast<int>(digits)));
+    design_notes.push_back("The partial fractions, of which an impulse-invariant filter is made, keep " +
+                           digits_text(digits) + " of the filter.");
   cancel_delays(r.z.parallel);
   if (!analog.cascade.keep_gain) regain_parallel(r.z.parallel);
   list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);
@@ -270,14 +268,13 @@ static bool complete_forms(RealizationForm source, AcceptPoles accepted) {
   const double digits = held && !by_sum ? digits_of_coefficients(r.z.cascade) : enough_digits;
   if (designed && (!held || digits < least_digits)) return refuse(Message::poles_on_unit_circle);
   if (digits < enough_digits)
-    design_notes.push_back(formatf("Poles or zeros lie so near the unit circle that the coefficients hold the response "
-                                   "to %d digits.",
-                                   static_cast<int>(std::max(digits, 0.0))));
+    design_notes.push_back("Poles or zeros lie so near the unit circle that the coefficients hold the response to " +
+                           digits_text(digits) + ".");
   const RealizationForm chosen{r.selections.RealizationType};
   const double kept = digits_of(found, chosen);
   if (designed && kept >= 0 && kept < least_digits)
-    return refuse(Message::realization_lost, formatf("it keeps %d digits of the response", static_cast<int>(kept)));
-  note_forms(found);
+    return refuse(Message::realization_lost, "it keeps " + digits_text(kept) + " of the response");
+  note_forms(found, chosen);
   if (by_sum)
     list(" Z Domain Unnormalized: cascaded form\n", r.z.cascade);
   else

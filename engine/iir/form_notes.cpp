@@ -1,5 +1,6 @@
 #include "engine/iir/form_notes.h"
 
+#include "engine/analysis/form_digits.h"
 #include "engine/core/design_state.h"
 #include "engine/files/text_file.h"
 
@@ -17,21 +18,26 @@ void note_dropped_delay(int delay) {
     note(formatf("A delay of %d sample%s was dropped from the cascaded sections.", delay, delay == 1 ? "" : "s"));
 }
 
-void note_forms(const FormReport &found, std::string_view prefix) {
+void note_forms(const FormReport &found, RealizationForm chosen, std::string_view prefix) {
   constexpr double enough = 9;
   const struct {
     const char *name;
     double digits;
-  } rows[] = {{"cascaded form", found.cascade},  {"parallel form", found.parallel}, {"pole/zero form", found.pole_zero},
-              {"ratio form", found.ratio},       {"lattice form", found.lattice},   {"ladder form I", found.ladder_1},
-              {"ladder form II", found.ladder_2}};
+    bool wanted = true;
+  } rows[] = {{"cascaded form", found.cascade},
+              {"parallel form", found.parallel},
+              {"pole/zero form", found.pole_zero},
+              {"ratio form", found.ratio},
+              {"lattice form", found.lattice},
+              {"ladder form I", found.ladder_1, chosen == RealizationForm::ladder_1},
+              {"ladder form II", found.ladder_2, chosen == RealizationForm::ladder_2}};
   for (const auto &row : rows) {
+    if (!row.wanted) continue;
     const std::string subject = std::string(prefix) + (prefix.empty() ? "The " : "the ") + row.name;
-    const int digits = static_cast<int>(row.digits);
     if (row.digits < 0)
       note(subject + " does not exist for this filter.");
     else if (row.digits < enough)
-      note(subject + formatf(" keeps %d digit%s.", digits, digits == 1 ? "" : "s"));
+      note(subject + " keeps " + digits_text(row.digits) + ".");
   }
   note_dropped_delay(found.dropped_delay);
 }

@@ -48,6 +48,10 @@ void quantize_section_coefficients(SectionEntry &entry, bool fixed_point, int bi
   }
 }
 
+bool in_fixed_point(const QuantizationSettings &settings, RealizationForm form) {
+  return settings.qtype != 0 && (form == RealizationForm::cascade || form == RealizationForm::parallel);
+}
+
 namespace {
 
 // Headings of the listing, by form code.
@@ -173,9 +177,9 @@ bool has_vanished(const SectionEntry &entry, bool cascade) {
 }
 
 // False when nothing is left of the filter. Kept: ratio, lattice and ladders are truncated the floating-point way
-// whatever the arithmetic asked for, so that their words are not those of a fixed-point machine.
+// whatever the arithmetic asked for, so that their words are not those of a fixed-point machine. The user is told.
 bool quantize_coefficients(IirForms &z, RealizationForm form, const QuantizationSettings &settings) {
-  const bool fixed_point = settings.qtype != 0;
+  const bool fixed_point = in_fixed_point(settings, form);
   const int bits = settings.ibit;
   auto truncate = [&](auto &...arrays) { (truncate_significands(arrays, bits), ...); };
   auto gain_of = [](double &gain) { return std::span(&gain, 1); };
@@ -204,6 +208,29 @@ bool quantize_coefficients(IirForms &z, RealizationForm form, const Quantization
 }
 
 } // namespace
+
+// Numerator and denominator of a section share its shift, so that scaling can leave few bits for the poles.
+static void note_shifted_denominators(const SectionEntry &cascade, const QuantizationSettings &settings) {
+  constexpr int noticeable = 3;
+  int worst = 0, lost = 0;
+  for (int k = 0; k < cascade.section_count; k++) {
+    double largest = 0;
+    for (const double a : cascade.denominators[k])
+      largest = std::max(largest, std::ldexp(std::fabs(a), cascade.shift[k]));
+    const int needed = largest > 1 ? static_cast<int>(std::ceil(std::log2(largest))) : 0;
+    if (cascade.shift[k] - needed <= lost) continue;
+    worst = k;
+    lost = cascade.shift[k] - needed;
+  }
+  if (lost < noticeable) return;
+  const bool canonic = settings.rtype1 == code(SectionStructure::canonic);
+  design_notes.push_back(formatf("Section %d is shifted down by %d bits for its numerator, which costs its denominator "
+                                 "%d of %d bits.%s",
+                                 worst + 1, cascade.shift[worst], lost, settings.ibit,
+                                 canonic ? " The scaling of canonic sections does this where poles lie near the unit "
+                                           "circle; transposed sections keep the bits."
+                                         : ""));
+}
 
 bool quantize_iir() {
   DesignRecord &r = design_record;
@@ -248,7 +275,14 @@ bool quantize_iir() {
     if (!quantize_coefficients(z, form, settings)) return refuse(Message::quantized_to_zero);
     FormReport found;
     if (!derive_forms(Domain::z, form, z, found)) return refuse(Message::quantized_to_zero);
-    note_forms(found, "After quantization ");
+    note_forms(found, form, "After quantization ");
+    if (settings.qtype && !in_fixed_point(settings, form))
+      design_notes.push_back(
+          formatf("Fixed point exists for sections only: the coefficients of this form are truncated "
+                  "to %d significant bits.",
+                  settings.ibit));
+    if (in_fixed_point(settings, form) && form == RealizationForm::cascade)
+      note_shifted_denominators(z.cascade, settings);
   } else if (form == RealizationForm::cascade) {
     normalize_sections(z.cascade);
   }
@@ -262,7 +296,8 @@ bool quantize_iir() {
   r.noise.unstable = !is_stable(z, form);
   if (r.noise.unstable) {
     design_notes.push_back(settings.quant
-                               ? "The quantized filter is unstable: it has poles on or outside the unit circle."
+                               ? "The quantized filter is unstable: it has poles on or outside the unit circle. Choose "
+                                 "more bits, another structure or realization, or a lower order."
                                : "The filter is unstable: it has poles on or outside the unit circle.");
     if (settings.quant) post_message(Message::quantized_unstable);
   }

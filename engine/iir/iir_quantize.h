@@ -1,7 +1,7 @@
 // iir_quantize.h - scaling, quantization and noise of a finished IIR design.
 #pragma once
 
-#include "engine/core/records.h"
+#include "engine/core/design_state.h"
 
 #include <span>
 
@@ -13,6 +13,14 @@ namespace brisel {
 /// the realization does not exist for this filter, a peak is 0 or undefined, or a coefficient that must not vanish
 /// does. The record is then not to be used.
 bool quantize_iir();
+
+/// Fixed point is for sections only. The other forms have their significands truncated whatever was asked.
+bool in_fixed_point(const QuantizationSettings &settings, RealizationForm form);
+
+/// The structures of floating point, which has no need of scaling.
+constexpr bool is_floating_only(SectionStructure structure) {
+  return structure > SectionStructure::canonic;
+}
 
 /// Quantizes gain and coefficients of sections. Fixed point: to multiples of 2^(1 - bits), toward zero, every section
 /// shifted down by the bits that bring its largest coefficient to 1 or below; the shifts are kept in the entry, and the

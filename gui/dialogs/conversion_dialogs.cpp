@@ -1,5 +1,6 @@
 #include "gui/dialogs/conversion_dialogs.h"
 
+#include "engine/analysis/form_digits.h"
 #include "engine/core/front_end.h"
 #include "engine/files/system_file.h"
 #include "gui/dialogs/design_dialogs.h"
@@ -72,8 +73,9 @@ void cIirFilterOutputDialogImpl::read() {
     chosen = current_iir_result(domain(), option);
     digits = chosen ? file_digits(*chosen) : -1;
   }
-  pDigits_Label->setText(
-      chosen && digits >= 0 ? QString("The file keeps %1 digits of the response.").arg(static_cast<int>(digits)) : "");
+  pDigits_Label->setText(chosen && digits >= 0
+                             ? QString::fromStdString("The file keeps " + digits_text(digits) + " of the response.")
+                             : "");
   QWidget *const choice = findChild<QRadioButton *>(QString("pForm%1_Button").arg(form));
   if (!chosen)
     mark(choice, QString("The filter does not exist in this form: ") + why_no_form(domain(), option) + ".");

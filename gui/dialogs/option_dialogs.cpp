@@ -2,6 +2,7 @@
 
 #include "engine/core/design_state.h"
 #include "engine/core/trace.h"
+#include "engine/iir/iir_quantize.h"
 #include "gui/dialogs/design_dialogs.h"
 
 #include <algorithm>
@@ -42,8 +43,8 @@ void cQuantizationDialogImpl::read() {
   if (searches_count) searches = whole_number_in(pNumOpts_Edit, 1, max_searches).value_or(searches);
   pCascade2_Button->setEnabled(!fixed);
   pCascade3_Button->setEnabled(!fixed);
-  if (fixed && chosen_button(*this, "Cascade") > code(SectionStructure::canonic)) {
-    const int chosen = chosen_button(*this, "Cascade");
+  const int chosen = chosen_button(*this, "Cascade");
+  if (fixed && is_floating_only(SectionStructure{static_cast<std::int8_t>(chosen)})) {
     findChild<QRadioButton *>(QString("pCascade%1_Button").arg(chosen))->setEnabled(true);
     mark(findChild<QRadioButton *>(QString("pCascade%1_Button").arg(chosen)),
          "The chosen structure of cascaded sections exists in floating point only.");

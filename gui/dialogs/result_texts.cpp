@@ -1,5 +1,6 @@
 #include "gui/dialogs/result_texts.h"
 
+#include "engine/analysis/form_digits.h"
 #include "engine/files/text_file.h"
 
 #include <span>
@@ -118,7 +119,7 @@ std::string conversion_text(const Conversion &conversion) {
           input_options[static_cast<std::size_t>(code(system.option))].name.data(),
           system.domain == Domain::s ? "s" : "z", system.sample_rate * (radians ? 1 : inverse_two_pi),
           radians ? "rad/s" : "Hz");
-  appendf(out, "The conversion keeps %d digits of the response.\n", static_cast<int>(conversion.digits));
+  out += "The conversion keeps " + digits_text(conversion.digits) + " of the response.\n";
   for (const std::string &note : conversion.notes) out += note + "\n";
   out += "\n";
   append_system(out, system);

@@ -149,6 +149,8 @@ TEST_F(Methods, OptionsWithoutMeaningAreRefused) {
            Row{"hilbert.spc --quantize fixed --optimize 5", "--optimize: has no meaning for a filter of type HILBERT"},
            Row{"lowpass.spc --impulse-path z-first", "--impulse-path: needs --mapping impulse-invariant"},
            Row{"lowpass.spc --realization parallel --structure canonic", "--structure: needs --realization cascade"},
+           Row{"lowpass.spc --quantize fixed --structure float-5",
+               "--structure: float-5 exists in floating point only"},
            Row{"lowpass.spc --order 201", "--order: 201 is outside 1 to 200"},
            Row{"bandpass.spc --order 7", "--order: 7 is odd"},
            Row{"hilbert.spc --method iir",
@@ -251,6 +253,30 @@ TEST_F(Methods, IirOptionsReachTheDesign) {
     EXPECT_EQ(quantized["quantization"][key].size(), sections) << key;
   for (const char *key : {"node_peaks", "node_peak_frequencies", "scaled_node_peaks"})
     EXPECT_EQ(quantized["quantization"][key].size(), sections + 1) << key;
+}
+
+TEST_F(Methods, JsonSaysWhatQuantizationDid) {
+  std::string narrow = example("lowpass.spc");
+  for (const auto &[from, to] : {std::pair{"0.120000E+04", "0.200000E+02"}, {"0.168000E+04", "0.280000E+02"}})
+    narrow.replace(narrow.find(from), 12, to);
+  shop.write("narrow.spc", narrow);
+  struct Row {
+    const char *arguments, *type, *note;
+    int notes; // that begin so
+  };
+  const char *const truncated = "Fixed point exists for sections only", *const shifted =
+                                                                            "Section 3 is shifted down by 8";
+  for (const Row &row : {Row{"lowpass.spc --quantize fixed --realization lattice", "floating", truncated, 1},
+                         Row{"lowpass.spc --quantize fixed --realization ladder-1", "floating", truncated, 1},
+                         Row{"lowpass.spc --quantize fixed --realization parallel", "fixed", truncated, 0},
+                         Row{"narrow.spc --quantize fixed --structure canonic", "fixed", shifted, 1},
+                         Row{"narrow.spc --quantize fixed --structure canonic", "fixed", "The quantized filter is", 1},
+                         Row{"narrow.spc --quantize fixed", "fixed", shifted, 0}}) {
+    const Json result = design(row.arguments), notes = result.value("notes", Json::array());
+    EXPECT_EQ(result["quantization"]["type"], row.type) << row.arguments;
+    const auto begins = [&](const Json &note) { return note.get<std::string>().starts_with(row.note); };
+    EXPECT_EQ(std::count_if(notes.begin(), notes.end(), begins), row.notes) << row.arguments << notes;
+  }
 }
 
 } // namespace

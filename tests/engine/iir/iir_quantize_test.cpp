@@ -251,7 +251,8 @@ TEST_F(QuantizeIir, PolesThatLeaveTheUnitCircleAreSaid) {
   ASSERT_EQ(screen.posted.size(), 1u);
   EXPECT_EQ(screen.posted[0].number, Message::quantized_unstable);
   EXPECT_NE(std::find(design_notes.begin(), design_notes.end(),
-                      "The quantized filter is unstable: it has poles on or outside the unit circle."),
+                      "The quantized filter is unstable: it has poles on or outside the unit circle. Choose more bits, "
+                      "another structure or realization, or a lower order."),
             design_notes.end());
   r.quantization.ibit = 32;
   screen.posted.clear();
