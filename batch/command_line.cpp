@@ -136,8 +136,9 @@ constexpr unsigned method_bit(DesignMethod method) {
   return 1u << code(method);
 }
 constexpr unsigned with_window = method_bit(DesignMethod::window);
-constexpr unsigned with_optimal = method_bit(DesignMethod::equiripple) | method_bit(DesignMethod::linear_programming);
-constexpr unsigned with_fir = with_window | with_optimal | method_bit(DesignMethod::least_squares);
+constexpr unsigned with_optimal = method_bit(DesignMethod::equiripple) | method_bit(DesignMethod::linear_programming) |
+                                  method_bit(DesignMethod::least_squares);
+constexpr unsigned with_fir = with_window | with_optimal;
 constexpr unsigned with_iir = method_bit(DesignMethod::iir);
 constexpr unsigned with_digital = method_bit(DesignMethod::z_analysis),
                    with_analog = method_bit(DesignMethod::s_analysis);
@@ -178,7 +179,8 @@ const std::vector<OptionRow> &option_rows() {
       {"--window", "WINDOW", Choice{&Job::window, window_names}, Group::design, for_design, with_window,
        "window of the window method; default: kaiser, rectangular for arbitrary magnitude and raised cosine filters"},
       {"--symmetry", "SYMMETRY", Choice{&Job::symmetry, optimal_symmetries}, Group::design, for_design, with_optimal,
-       "of the taps of equiripple and linear-programming filters; default: symmetric, antisymmetric for differentiator "
+       "of the taps of equiripple, linear-programming and least-squares filters; default: symmetric, antisymmetric for "
+       "differentiator "
        "and Hilbert transformer"},
       {"--minimum-phase", "TYPE", Choice{&Job::minimum_phase, minimum_phases}, Group::design, for_design, with_fir,
        "minimum phase filter: dft keeps length and magnitude of the linear phase filter, spectral takes the root of a "

@@ -8,8 +8,8 @@
 #include "engine/files/design_report.h"
 #include "engine/fir/equiripple_design.h"
 #include "engine/fir/fir_quantize.h"
+#include "engine/fir/least_squares_design.h"
 #include "engine/fir/lp_fir_design.h"
-#include "engine/fir/ls_fir_design.h"
 #include "engine/fir/minimum_phase_design.h"
 #include "engine/fir/window_design.h"
 #include "engine/iir/delay_design.h"
@@ -123,7 +123,7 @@ void design_by_method(DesignRecord &r) {
     lp_fir_design();
     break;
   case DesignMethod::least_squares:
-    ls_fir_design();
+    least_squares_design();
     break;
   case DesignMethod::z_analysis:
   case DesignMethod::s_analysis:

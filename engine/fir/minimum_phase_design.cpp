@@ -43,9 +43,7 @@ std::optional<std::string> factor_refusal(const FilterSpec &spec, const DesignSt
     break;
   }
   if (selections.CompensationOption) return "a compensated response has no spectral factor design; use the DFT method";
-  const int method = selections.DesignOrAnalysisType;
-  const bool has_symmetry =
-      method == code(DesignMethod::equiripple) || method == code(DesignMethod::linear_programming);
+  const bool has_symmetry = selections.DesignOrAnalysisType != code(DesignMethod::window);
   if (has_symmetry && selections.symmetry == code(FirSymmetry::antisymmetric))
     return "antisymmetric taps have no spectral factor";
   return std::nullopt;
@@ -67,8 +65,6 @@ std::optional<std::string> minimum_phase_refusal(const FilterSpec &spec, const D
   const MinimumPhaseType type{selections.MinimumPhaseType};
   if (type == MinimumPhaseType::none) return std::nullopt;
   if (spec.type == code(FilterType::hilbert)) return "a Hilbert transformer is its phase; nothing of it would be left";
-  if (selections.DesignOrAnalysisType == code(DesignMethod::least_squares))
-    return "the least squares method keeps earlier taps and designs none that could be converted";
   if (spec.length > max_taps || linear_phase_length(spec.length, type) > max_minimum_phase_taps)
     return formatf("%d taps are asked for, ", spec.length) + length_limit(type);
   return is_spectral(type) ? factor_refusal(spec, selections) : std::nullopt;

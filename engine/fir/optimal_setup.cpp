@@ -118,14 +118,17 @@ void store_optimal_design(std::span<const double> half, const char *title) {
 void note_optimal_report(const BandPlan &plan, const OptimalReport &report) {
   design_notes.push_back(formatf("Peak weighted error %.6g on the design grid, %.6g on a grid eight times denser.",
                                  report.peak_error, report.dense_peak_error));
+  note_bands_and_gaps(plan, report);
+}
+
+void note_bands_and_gaps(const BandPlan &plan, const OptimalReport &report) {
   if (report.transition_gain > 0) {
     // A halfband filter was computed as a lowpass at half its rate.
     const bool folded = is_half_band(design_record.spec);
     const double frequency = two_pi * report.transition_frequency * (folded ? 0.5 : 1);
     const double gain = folded ? (1 + report.transition_gain) / 2 : report.transition_gain;
     std::string note = formatf("Peak gain %.6g between the bands, at %s.", gain, in_users_unit(frequency).c_str());
-    if (report.transition_gain > 1.1 * report.largest_desired)
-      note += " That is more than in any band: another length or a narrower transition avoids it.";
+    if (report.swings()) note += " That is more than in any band: another length or a narrower transition avoids it.";
     design_notes.push_back(note);
   }
   if (plan.allowed_deviation > 0 && report.dense_peak_error > 1.001 * plan.allowed_deviation) {

@@ -27,5 +27,7 @@ void store_optimal_design(std::span<const double> half, const char *title);
 
 /// Notes for the user: peak errors, gain between the bands, and whether the specification is met.
 void note_optimal_report(const BandPlan &plan, const OptimalReport &report);
+/// Those notes without the peak errors.
+void note_bands_and_gaps(const BandPlan &plan, const OptimalReport &report);
 
 } // namespace brisel

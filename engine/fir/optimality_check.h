@@ -27,6 +27,9 @@ struct OptimalReport {
   double largest_desired = 0;      // magnitude in any band
 
   bool optimal() const { return extrema >= required; }
+  /// A gain between the bands beyond that of all bands is more than an overshoot.
+  double swing_limit() const { return 1.1 * largest_desired; }
+  bool swings() const { return transition_gain > swing_limit(); }
 };
 /// `grid` is the design grid before any case transformation.
 OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half);

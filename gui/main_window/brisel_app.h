@@ -91,6 +91,7 @@ public Q_SLOTS:
   void Design_IIR();
   void Design_FIR(int position);
   void Design_PoleZeroDesign();
+  void Design_LeastSquares();
 
   void FilterMenuActivated(int position);
   void Filter_Special_PhaseShift();

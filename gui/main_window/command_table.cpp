@@ -39,6 +39,8 @@ constexpr CommandRow design_rows[]{
     {"&Equiripple Design ...", &App::Design_FIR, "fir-equiripple"},
     {"&Linear Programming ...", &App::Design_FIR, "fir-lp"},
     {"&Pole/Zero Design ...", &App::Design_PoleZeroDesign, "pole-zero"},
+    separator,
+    {"Least &Squares Design ...", &App::Design_LeastSquares},
 };
 
 constexpr CommandRow special_rows[]{

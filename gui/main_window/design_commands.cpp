@@ -80,6 +80,10 @@ void cBriselApp::Design_PoleZeroDesign() {
   post_message(Message::command_not_available);
 }
 
+void cBriselApp::Design_LeastSquares() {
+  Design_FIR(code(DesignMethod::least_squares));
+}
+
 void cBriselApp::FilterMenuActivated(int position) {
   const DesignState before = design_state;
   design_state.filter_type = code(filter_of_position[static_cast<std::size_t>(position)]);

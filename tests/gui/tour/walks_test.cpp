@@ -111,6 +111,7 @@ constexpr const char *iir_design = "&IIR Design ...";
 constexpr const char *window_design = "&FIR Window Design ...";
 constexpr const char *equiripple_design = "&Equiripple Design ...";
 constexpr const char *lp_design = "&Linear Programming ...";
+constexpr const char *squares_design = "Least &Squares Design ...";
 
 class WalksTest : public WorkstationTest {
 protected:
@@ -271,6 +272,8 @@ TEST_F(WalksTest, EveryFirMethodOfEveryTypeEqualsTheBatchJob) {
          {equiripple_design, {}, page_of_others, {{"pLength_Edit", "43"}}, "--method equiripple --length 43"});
     walk(type, type.fir_button,
          {lp_design, {}, page_of_others, {{"pLength_Edit", "31"}}, "--method linear-programming --length 31"});
+    walk(type, type.fir_button,
+         {squares_design, {}, page_of_others, {{"pLength_Edit", "37"}}, "--method least-squares --length 37"});
   }
   EXPECT_GE(compared, 25);
 }
