@@ -5,8 +5,8 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
 #include "engine/fir/run_selections.h"
-#include "engine/iir/delay_design.h"
 #include "engine/iir/iir_quantize.h"
+#include "engine/judge/judgement_text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -130,7 +130,8 @@ void add_forms(const IirForms &forms, Json &out) {
                           {"gamma", leading(lattice.gamma, lattice.order + lattice.lead + 1)}};
 }
 
-Json iir_json() {
+/// `delay_ripple`: of the sections that make a delay, where there are any.
+Json iir_json(double delay_ripple) {
   const DesignState &chosen = design_record.selections;
   const int method = chosen.DesignOrAnalysisType;
   const bool design = method == code(DesignMethod::iir), analog = method == code(DesignMethod::s_analysis);
@@ -148,7 +149,7 @@ Json iir_json() {
         Json{{"sections", delay.sections},
              {"method",
               delay_methods[std::min<std::size_t>(chosen.GroupDelayDesignMethod, delay_methods.size() - 1)].option},
-             {"ripple", delay_ripple(design_record.z_quantized.cascade)},
+             {"ripple", delay_ripple},
              {"ripple_without", delay.before},
              {"constant", delay.constant}};
     if (delay.asked > 0) out["delay"]["asked"] = delay.asked;
@@ -250,7 +251,45 @@ std::string text_of(const Json &value) {
 
 } // namespace
 
-std::string design_json() {
+namespace {
+
+/// What the design attains, an entry a band and quantity. A figure that is no number is null, and a sentence says why.
+Json attained_json(std::span<const Judgement> judgements) {
+  const auto shown = [](double w) {
+    const DesignRecord &r = design_record;
+    return in_user_unit(w * r.loaded.sampling_frequency / two_pi, r.selections.unit_factor);
+  };
+  Json list = Json::array();
+  for (const Judgement &judgement : judgements) {
+    const Goal &goal = judgement.goal;
+    const QuantityRow &quantity = quantity_row(goal.quantity);
+    Json entry{{"band", goal.band},
+               {"from", shown(goal.bands.front().low)},
+               {"to", shown(goal.bands.back().high)},
+               {"quantity", quantity.name},
+               {"unit", quantity.unit}};
+    entry["asked"] = goal.asked ? Json(*goal.asked) : Json(nullptr);
+    entry["attained"] = judgement.attained.value + 0.0; // a gain of -0 dB is one of 0
+    if (judgement.quantized) entry["quantized"] = judgement.quantized->value + 0.0;
+    if (judgement.met) entry["met"] = *judgement.met;
+    const Figure &delivered = judgement.delivered();
+    entry["worst_at"] = shown(delivered.worst_at);
+    if (delivered.trouble != Trouble::none)
+      entry["reason"] = trouble_text(delivered, in_users_unit(delivered.worst_at));
+    list.push_back(std::move(entry));
+  }
+  return list;
+}
+
+double delay_ripple(std::span<const Judgement> judgements) {
+  for (const Judgement &judgement : judgements)
+    if (judgement.goal.quantity == Quantity::delay_ripple) return judgement.delivered().value;
+  return NAN;
+}
+
+} // namespace
+
+std::string design_json(std::span<const Judgement> judgements) {
   const DesignState &chosen = design_record.selections;
   Json out{{"version", BRISEL_VERSION}};
   if (const auto method = static_cast<std::size_t>(chosen.DesignOrAnalysisType); method < design_methods.size()) {
@@ -259,7 +298,9 @@ std::string design_json() {
   }
   out["unit"] = unit_row(chosen.FrequencyMode).option;
   out["sampling_frequency"] = in_user_unit(design_record.loaded.sampling_frequency, chosen.unit_factor);
-  out[is_fir_result() ? "fir" : "iir"] = is_fir_result() ? fir_json() : iir_json();
+  if (const auto met = all_met(judgements)) out["met"] = *met;
+  if (!judgements.empty()) out["attained"] = attained_json(judgements);
+  out[is_fir_result() ? "fir" : "iir"] = is_fir_result() ? fir_json() : iir_json(delay_ripple(judgements));
   if (design_record.quantization.quant) out["quantization"] = quantization_json();
   out["responses"] = responses_json();
   if (!design_notes.empty()) out["notes"] = design_notes;

@@ -1,6 +1,8 @@
 // json_output.h - the machine-readable results.
 #pragma once
 
+#include "engine/judge/judge.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -8,7 +10,7 @@
 namespace brisel {
 
 /// The finished design or analysis as one JSON object. Throws JobFailure when a coefficient is not finite.
-std::string design_json();
+std::string design_json(std::span<const Judgement> judgements);
 
 struct Estimate {
   std::string name;

@@ -16,6 +16,7 @@
 #include "engine/files/plot_data.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
+#include "engine/judge/design_judgement.h"
 
 #include <filesystem>
 #include <unistd.h>
@@ -225,8 +226,9 @@ void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
   if (!job.dspic30.empty()) add_dspic30(job, front_end, outputs);
   if (!job.report.empty()) outputs.add(job.report, report_text());
   if (!job.trace.empty()) outputs.add(job.trace, trace_text());
-  if (!job.json.empty()) outputs.add(job.json, design_json());
-  outputs.add_summary(design_summary());
+  const std::vector<Judgement> judgements = judge_design();
+  if (!job.json.empty()) outputs.add(job.json, design_json(judgements));
+  outputs.add_summary(design_summary(judgements));
 }
 
 } // namespace brisel

@@ -1,15 +1,13 @@
 #include "batch/summary.h"
 
-#include "batch/attained.h"
 #include "batch/units.h"
-#include "engine/analysis/form_conversions.h"
-#include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/design_state.h"
 #include "engine/core/problem_description.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/run_selections.h"
-#include "engine/iir/delay_design.h"
+#include "engine/judge/design_judgement.h"
+#include "engine/judge/judgement_text.h"
 
 #include <algorithm>
 #include <vector>
@@ -18,54 +16,21 @@ namespace brisel {
 
 namespace {
 
-/// Decibels with so many digits, and no minus sign before a zero.
-std::string decibels(double value, int digits) {
-  const std::string text = formatf("%.*f dB", digits, value);
-  return text.find_first_of("123456789") == text.npos ? formatf("%.*f dB", digits, 0.0) : text;
+std::string unit_word() {
+  return design_record.selections.FrequencyMode ? " rad/s" : " Hz";
 }
 
-const char *unit_of(Measure measure) {
-  switch (measure) {
-  case Measure::ripple_db:
-  case Measure::attenuation_db:
-  case Measure::peak_db:
-    return " dB";
-  case Measure::percent_error:
-    return " %";
-  case Measure::error:
-  case Measure::relative_error:
-    break;
-  }
-  return "";
+/// A frequency, radians per sample, in the user's unit.
+std::string shown_frequency(double w) {
+  return formatf("%.6g", w * design_record.loaded.sampling_frequency / two_pi / design_record.selections.unit_factor);
 }
 
-std::string figure(Measure measure, double value) {
-  if (measure == Measure::ripple_db) return decibels(value, 4);
-  if (measure == Measure::attenuation_db || measure == Measure::peak_db) return decibels(value, 2);
-  return formatf("%.3g%s", value, unit_of(measure));
-}
-
-std::string asked(const Requirement &wanted) {
-  return wanted.asked == 0 ? "" : formatf("%g%s", wanted.asked, unit_of(wanted.measure));
-}
-
-/// "0 to 1000 Hz" and so on, in the user's unit.
-std::string shown_bands(const Requirement &wanted) {
-  const DesignState &chosen = design_record.selections;
+/// "0 to 1000 Hz" and so on.
+std::string shown_bands(const Goal &goal) {
   std::string out;
-  for (const Band band : wanted.bands) {
-    const auto shown = [&](double w) {
-      return w * design_record.loaded.sampling_frequency / two_pi / chosen.unit_factor;
-    };
-    appendf(out, "%s%.6g to %.6g", out.empty() ? "" : ", ", shown(band.low), shown(band.high));
-  }
-  return out.empty() ? out : out + (chosen.FrequencyMode ? " rad/s" : " Hz");
-}
-
-/// Worse than asked for by more than the last digit shown.
-bool missed(const Requirement &wanted, double value) {
-  if (wanted.asked == 0) return false;
-  return wanted.measure == Measure::attenuation_db ? value < wanted.asked - 0.005 : value > wanted.asked * (1 + 5e-4);
+  for (const FrequencyBand band : goal.bands)
+    out += (out.empty() ? "" : ", ") + shown_frequency(band.low) + " to " + shown_frequency(band.high);
+  return out + unit_word();
 }
 
 using Column = std::vector<std::string>;
@@ -132,84 +97,44 @@ std::string heading() {
 
 /// Nothing was asked of an entered system: where its gain is largest and smallest says what it does.
 std::string gain_line() {
-  const DesignState &chosen = design_record.selections;
-  const auto *first = plot_arrays.log_magnitude.begin(), *last = first + plot_arrays.frequency_count;
-  const auto [smallest, largest] = std::minmax_element(first, last);
-  const auto at = [&](const double *value) {
-    return formatf("%s at %.6g %s", decibels(*value, 2).c_str(),
-                   plot_arrays.frequency[static_cast<std::size_t>(value - first)] / plot_state.factor /
-                       chosen.unit_factor,
-                   chosen.FrequencyMode ? "rad/s" : "Hz");
+  const GainRange range = delivered_gain_range();
+  const auto text = [](const Figure &figure) {
+    const std::string at = formatf("%.6g", figure.worst_at / design_record.selections.unit_factor) + unit_word();
+    return (figure.trouble == Trouble::none ? decibel_text(figure.value, 2) : gain_trouble_text(figure)) + " at " + at;
   };
-  return "  largest gain " + at(largest) + ", smallest " + at(smallest) + "\n";
+  return "  largest gain " + text(range.largest) + ", smallest " + text(range.smallest) + "\n";
 }
 
-Sampler sampler_of(const FirEntry &entry) {
-  return fir_sampler({entry.coeff.data(), static_cast<std::size_t>(entry.length)}, entry.gain);
-}
-
-/// The form that was realized.
-Sampler sampler_of(const IirForms &forms) {
-  return iir_sampler([&forms](std::span<const std::complex<double>> z) {
-    switch (RealizationForm{design_record.realization}) {
-    case RealizationForm::parallel:
-      return parallel_values(forms.parallel, z);
-    case RealizationForm::ratio:
-      return ratio_values(Domain::z, forms.ratio, z);
-    case RealizationForm::lattice:
-      return lattice_values(forms.lattice, z);
-    case RealizationForm::ladder_1:
-      return ladder_values(forms.ladder_1, z);
-    case RealizationForm::ladder_2:
-      return ladder_values(forms.ladder_2, z);
-    case RealizationForm::cascade:
-    case RealizationForm::nonlinear:
-      break;
-    }
-    return cascade_values(forms.cascade, z);
-  });
-}
-
-std::string attained_table() {
-  const std::vector<Requirement> wanted =
-      requirements(design_record.spec, selected_compensation().value_or(Compensation{}));
-  const DelayResult &delay = design_record.delay;
-  if (wanted.empty() && delay.sections == 0) return "";
-  const bool fir = is_fir_result(), quantized = design_record.quantization.quant != 0;
-  const std::vector<double> exact =
-      attained(wanted, fir ? sampler_of(design_record.fir_unquantized) : sampler_of(design_record.z));
-  const std::vector<double> rounded =
-      quantized ? attained(wanted, fir ? sampler_of(design_record.fir) : sampler_of(design_record.z_quantized)) : exact;
+std::string attained_table(std::span<const Judgement> judgements) {
+  const bool quantized = design_record.quantization.quant != 0;
   std::vector<Column> columns{{""}, {"asked"}, {"attained"}};
   if (quantized) columns.push_back({"quantized"});
   columns.push_back({""});
-  for (std::size_t i = 0; i < wanted.size(); i++) {
-    columns[0].push_back(wanted[i].name + (wanted[i].bands.empty() ? "" : ", " + shown_bands(wanted[i])));
-    columns[1].push_back(asked(wanted[i]));
-    columns[2].push_back(figure(wanted[i].measure, exact[i]));
-    if (quantized) columns[3].push_back(figure(wanted[i].measure, rounded[i]));
-    columns.back().push_back(missed(wanted[i], rounded[i]) ? "missed" : "");
+  const auto text = [](const Judgement &judgement, const Figure &figure) {
+    return figure_text(judgement, figure, in_users_unit(figure.worst_at));
+  };
+  for (const Judgement &judgement : judgements) {
+    columns[0].push_back(goal_text(judgement.goal) + ", " + shown_bands(judgement.goal));
+    columns[1].push_back(asked_text(judgement.goal));
+    columns[2].push_back(text(judgement, judgement.attained));
+    if (judgement.quantized) columns[3].push_back(text(judgement, *judgement.quantized));
+    columns.back().push_back(judgement.met == false ? "missed" : "");
   }
   if (const CompensationResult &compensation = design_record.compensation; compensation.sections > 0) {
-    const std::vector<std::string> row{"compensation residual", "", decibels(compensation.residual, 4)};
+    const std::vector<std::string> row{"compensation residual", "", decibel_text(compensation.residual, 4)};
     for (std::size_t i = 0; i < columns.size(); i++) columns[i].push_back(i < row.size() ? row[i] : "");
-  }
-  if (delay.sections > 0) {
-    const auto samples = [](double value) { return formatf("%.4g samples", value); };
-    const double rounded_delay = delay_ripple(design_record.z_quantized.cascade);
-    columns[0].push_back("delay ripple");
-    columns[1].push_back(delay.asked > 0 ? samples(delay.asked) : "");
-    columns[2].push_back(samples(delay_ripple(design_record.z.cascade)));
-    if (quantized) columns[3].push_back(samples(rounded_delay));
-    columns.back().push_back(delay.asked > 0 && rounded_delay > delay.asked * (1 + 5e-4) ? "missed" : "");
   }
   return table(columns);
 }
 
 } // namespace
 
-std::string design_summary() {
-  std::string out = heading() + (is_design() ? attained_table() : gain_line());
+std::string design_summary(std::span<const Judgement> judgements) {
+  std::string out = heading();
+  if (!is_design())
+    out += gain_line();
+  else if (!judgements.empty())
+    out += attained_table(judgements);
   for (const std::string &note : design_notes) out += "Note: " + note + "\n";
   return out;
 }

@@ -85,6 +85,11 @@ std::optional<Refusal> refused_option() {
     return std::nullopt;
   }
   if (is_fir_method(design_state.DesignOrAnalysisType)) {
+    const FilterType type{design_state.filter_type};
+    const bool raised_cosine = type == FilterType::raised_cosine || type == FilterType::root_raised_cosine;
+    if (raised_cosine && design_state.CompensationOption &&
+        design_state.DesignOrAnalysisType == code(DesignMethod::window))
+      return Refusal{Message::fir_compensation_refused, {}};
     if (const auto reason = minimum_phase_refusal(*current_spec, design_state))
       return Refusal{Message::minimum_phase_refused, *reason};
     return std::nullopt;

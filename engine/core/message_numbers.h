@@ -43,6 +43,7 @@ namespace brisel {
   X(setting_out_of_limits, 911)                                                                                        \
   X(result_not_finite, 912)                                                                                            \
   X(temporary_file_in_the_way, 913)                                                                                    \
+  X(fir_compensation_refused, 914)                                                                                     \
   X(least_squares_keeps_nothing, 925)                                                                                  \
   X(linear_program_inaccurate, 926)                                                                                    \
   X(quantized_to_zero, 950)                                                                                            \

@@ -19,9 +19,9 @@ std::optional<Compensation> selected_compensation() {
 }
 
 std::string in_users_unit(double w) {
-  const UnitRow &unit = unit_row(design_record.selections.FrequencyMode);
+  const int mode = design_record.selections.FrequencyMode;
   const double rate = design_record.loaded.sampling_frequency;
-  return formatf("%.6g %s", w / two_pi * rate / unit.factor, std::string(unit.dialog_word).c_str());
+  return formatf("%.6g %s", w / two_pi * rate / unit_row(mode).factor, mode ? "rad/s" : "Hz");
 }
 
 } // namespace brisel

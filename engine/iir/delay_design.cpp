@@ -75,11 +75,15 @@ bool append_solution(const DelayGoal &goal, double asked, Message failure, const
   for (const AllpassSection &s : found->sections) append_section(r.z.cascade, {s.a2, s.a1, 1}, {1, s.a1, s.a2});
   r.delay = {count, asked, unequalized_ripple(goal), found->ripple, found->constant};
   trace("\n %s %d sections, delay ripple %g samples, constant %g\n", subject, count, found->ripple, found->constant);
-  std::string note = formatf("%s %d all-pass section%s, delay ripple %.4g samples, ", subject, count,
-                             count == 1 ? "" : "s", found->ripple);
+  const auto samples = [](double value, int digits) {
+    const std::string number = formatf("%.*g", digits, value);
+    return number + (number == "1" ? " sample" : " samples");
+  };
+  std::string note = formatf("%s %d all-pass section%s, delay ripple %s, ", subject, count, count == 1 ? "" : "s",
+                             samples(found->ripple, 4).c_str());
   note += is_group_delay(r.spec)
-              ? formatf("%.6g samples above the function points.", found->constant)
-              : formatf("was %.4g without; %.6g samples in the middle.", r.delay.before, found->constant);
+              ? samples(found->constant, 6) + " above the function points."
+              : formatf("was %.4g without; ", r.delay.before) + samples(found->constant, 6) + " in the middle.";
   if (asked > 0 && found->ripple > asked)
     note += count < most ? " The ripple asked for is missed: more sections bring it closer."
                          : " The ripple asked for is missed, and there are no more sections.";
@@ -126,15 +130,6 @@ bool design_group_delay() {
   r.z.cascade.pars = 1;
   trace("\n Group delay design\n");
   return append_solution(specified_delay(r.spec), r.spec.passband_ripple, Message::group_delay_refused, "Group delay:");
-}
-
-double delay_ripple(const SectionEntry &cascade) {
-  const FilterSpec &spec = design_record.spec;
-  if (!is_group_delay(spec))
-    return unequalized_ripple({passbands(spec), {}, [&](double w) { return cascade_delay(cascade, w); }});
-  DelayGoal goal = specified_delay(spec);
-  goal.wanted = [&cascade, wanted = goal.wanted](double w) { return cascade_delay(cascade, w) - wanted(w); };
-  return unequalized_ripple(goal);
 }
 
 } // namespace brisel

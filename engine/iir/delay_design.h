@@ -22,7 +22,4 @@ bool equalize_phase();
 /// to a constant, and the record's `delay`. False as above.
 bool design_group_delay();
 
-/// Largest distance of a finished cascade's delay from the one that the record's design was made for, in samples.
-double delay_ripple(const SectionEntry &cascade);
-
 } // namespace brisel

@@ -15,7 +15,8 @@ constexpr double pi = std::numbers::pi;
 class DesignJob : public testing::Test {
 protected:
   DesignJob() {
-    for (const char *name : {"lowpass", "halfband", "hilbert", "differentiator", "arbitrary-magnitude", "group-delay"})
+    for (const char *name :
+         {"lowpass", "highpass", "halfband", "hilbert", "differentiator", "arbitrary-magnitude", "group-delay"})
       shop.write(std::string(name) + ".spc", example(std::string(name) + ".spc"));
   }
   Json design(const std::string &arguments) {
@@ -36,7 +37,7 @@ std::vector<std::string> keys(const Json &object) {
 TEST_F(DesignJob, JsonHoldsTheWholeResultInAFixedOrder) {
   const Json result = design("lowpass.spc --method window --length 63");
   EXPECT_EQ(keys(result), (std::vector<std::string>{"version", "filter_type", "method", "unit", "sampling_frequency",
-                                                    "fir", "responses"}));
+                                                    "met", "attained", "fir", "responses"}));
   EXPECT_EQ(keys(result["fir"]),
             (std::vector<std::string>{"length", "symmetry", "window", "gain", "shift", "coefficients", "unquantized"}));
   EXPECT_EQ(keys(result["responses"]), (std::vector<std::string>{"frequency", "magnitude", "log_magnitude", "phase",
@@ -49,6 +50,33 @@ TEST_F(DesignJob, JsonHoldsTheWholeResultInAFixedOrder) {
   EXPECT_EQ(result["fir"]["window"], "kaiser");
   EXPECT_EQ(result["fir"]["symmetry"], "symmetric");
   EXPECT_EQ(result["fir"]["coefficients"].size(), 63u);
+}
+
+// What a program reads is what the summary says: band by band, with null for what is no number.
+TEST_F(DesignJob, JsonJudgesTheDesign) {
+  const Json result = design("lowpass.spc --method window --length 63 --quantize fixed --bits 6");
+  EXPECT_EQ(result["met"], false);
+  const Json &attained = result["attained"];
+  ASSERT_EQ(attained.size(), 3u);
+  EXPECT_EQ(keys(attained[1]), (std::vector<std::string>{"band", "from", "to", "quantity", "unit", "asked", "attained",
+                                                         "quantized", "met", "worst_at"}));
+  EXPECT_EQ(attained[1]["band"], "stopband");
+  EXPECT_EQ(attained[1]["from"], 1680.0);
+  EXPECT_EQ(attained[1]["quantity"], "attenuation");
+  EXPECT_EQ(attained[1]["asked"], 60.0);
+  EXPECT_GT(attained[1]["attained"], 60);
+  EXPECT_LT(attained[1]["quantized"], 60);
+  EXPECT_EQ(attained[1]["met"], false);
+  EXPECT_TRUE(attained[2]["asked"].is_null());
+  EXPECT_FALSE(attained[2].contains("met"));
+  // An even length has a zero at half the sampling frequency, which a highpass passes.
+  const Json inverted = design("highpass.spc --method window --length 30")["attained"][0];
+  EXPECT_TRUE(inverted["attained"].is_null());
+  EXPECT_EQ(inverted["reason"], "infinite: a zero at 22050 Hz");
+  EXPECT_EQ(inverted["met"], false);
+  EXPECT_NE(
+      shop.run("design highpass.spc --method window --length 30").out.find("infinite: a zero at 22050 Hz  missed"),
+      std::string::npos);
 }
 
 // The responses of the object are those of its own taps, at its own frequencies.

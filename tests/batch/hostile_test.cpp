@@ -4,6 +4,7 @@
 #include "batch/json_output.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/start_up.h"
+#include "engine/judge/design_judgement.h"
 #include "tests/batch/run_brisel.h"
 #include "tests/support/scripted_front_end.h"
 
@@ -203,13 +204,13 @@ TEST(Json, HasNullForAResponseAndRefusesACoefficientThatIsNotFinite) {
   init_plot_array();
   plot_arrays.group_delay[1] = INFINITY;
   plot_arrays.phase[2] = std::nan("");
-  const auto object = nlohmann::json::parse(design_json());
+  const auto object = nlohmann::json::parse(design_json(judge_design()));
   EXPECT_TRUE(object["responses"]["group_delay"][1].is_null());
   EXPECT_TRUE(object["responses"]["phase"][2].is_null());
   EXPECT_EQ(object["fir"]["coefficients"][0], 0.5);
   design_record.fir.coeff[0] = std::nan("");
   try {
-    design_json();
+    design_json(judge_design());
     ADD_FAILURE() << "a coefficient that is no number was written";
   } catch (const JobFailure &failure) {
     EXPECT_EQ(failure.exit_status, exit_failed);

@@ -132,6 +132,12 @@ TEST(DesignRun, RefusesWhatIsImpossibleOrMissingBeforeItStarts) {
          design_state.CompensationOption = 1;
        },
        Message::iir_compensation_refused},
+      {"compensation of a raised cosine by the window method",
+       [] {
+         EXPECT_EQ(load_filter_spec(examples + "raised-cosine.spc"), success);
+         design_state.CompensationOption = 1;
+       },
+       Message::fir_compensation_refused},
       {"phase equalizer without sections",
        [] {
          design_state.DesignOrAnalysisType = 0;

@@ -404,7 +404,7 @@ TEST_F(OptimalDesign, NotesSayWhatTheUserShouldKnow) {
   prepare({"", edge_spec(FilterType::low_pass, 45, {0.1, 0}, {0.15, 0})});
   design_record.loaded.sampling_frequency = 8000 * two_pi;
   equiripple_design();
-  EXPECT_TRUE(noted("at 800 Hertz."));
+  EXPECT_TRUE(noted("at 800 Hz."));
 }
 
 // The error of a least-squares filter is orthogonal to every cosine (or sine) it could have had more of: summed over

@@ -603,7 +603,7 @@ TEST_F(WindowDesign, NullOfTheCombInAPassbandIsRefused) {
   EXPECT_FALSE(design(spec));
   ASSERT_EQ(front_end.posted.size(), 1u);
   EXPECT_EQ(front_end.posted[0].number, Message::compensation_null);
-  EXPECT_NE(front_end.posted[0].detail.find("2000 Hertz"), std::string::npos) << front_end.posted[0].detail;
+  EXPECT_NE(front_end.posted[0].detail.find("2000 Hz"), std::string::npos) << front_end.posted[0].detail;
   compensate(1, 4, 128, 2);
   EXPECT_FALSE(design(spec));
   EXPECT_EQ(front_end.posted.back().number, Message::setting_out_of_limits);
