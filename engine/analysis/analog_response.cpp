@@ -158,12 +158,12 @@ std::optional<double> analog_time_response(const SectionEntry &sections, Connect
   Eigen::VectorXd x = e.b;
   for (double &sample : out.impulse) {
     sample = clamp_sample(e.c.dot(x) / interval);
-    x = (transition * x).eval().unaryExpr(&clamp_sample);
+    x = (transition * x).eval().unaryExpr(&clamp_sample<double>);
   }
   x.setZero();
   for (double &sample : out.step) {
     sample = clamp_sample(e.c.dot(x) + e.direct);
-    x = (transition * x + drive).eval().unaryExpr(&clamp_sample);
+    x = (transition * x + drive).eval().unaryExpr(&clamp_sample<double>);
   }
   return e.direct;
 }

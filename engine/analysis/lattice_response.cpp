@@ -3,6 +3,8 @@
 // [Gray73] A. H. Gray and J. D. Markel, Digital lattice and ladder filter synthesis, IEEE Trans. AU-21, 1973.
 #include "engine/analysis/lattice_response.h"
 
+#include "engine/analysis/time_response.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -79,24 +81,23 @@ void lattice_frequency_response(const LatticeEntry &lattice, std::span<const dou
 void lattice_time_response(const LatticeEntry &lattice, const TimeResponse &out) {
   const int order = lattice.order;
   const int last = order + lattice.lead;
-  std::vector<double> backward(last + 1); // B_m of the sample before
-  time_response(
-      lattice.gain, out, [&] { std::fill(backward.begin(), backward.end(), 0); },
-      [&](double x) {
-        double sum = 0;
-        for (int m = last; m > order; --m) {
-          backward[m] = backward[m - 1];
-          sum += lattice.gamma[m] * backward[m];
-        }
-        double forward = x;
-        for (int m = order; m > 0; --m) {
-          forward = clamp_sample(forward - lattice.kappa[m] * backward[m - 1]);
-          backward[m] = clamp_sample(lattice.kappa[m] * forward + backward[m - 1]);
-          sum += lattice.gamma[m] * backward[m];
-        }
-        backward[0] = forward;
-        return clamp_sample(sum + lattice.gamma[0] * forward);
-      });
+  time_response(lattice.gain, out, [&]<class Real>(Real) {
+    return [&, order, last, backward = std::vector<Real>(last + 1)](Real x) mutable { // B_m of the sample before
+      Real sum = 0;
+      for (int m = last; m > order; --m) {
+        backward[m] = backward[m - 1];
+        sum += lattice.gamma[m] * backward[m];
+      }
+      Real forward = x;
+      for (int m = order; m > 0; --m) {
+        forward = clamp_sample<Real>(forward - lattice.kappa[m] * backward[m - 1]);
+        backward[m] = clamp_sample<Real>(lattice.kappa[m] * forward + backward[m - 1]);
+        sum += lattice.gamma[m] * backward[m];
+      }
+      backward[0] = forward;
+      return clamp_sample<Real>(sum + lattice.gamma[0] * forward);
+    };
+  });
 }
 
 void ladder_frequency_response(const LadderEntry &ladder, std::span<const double> points,

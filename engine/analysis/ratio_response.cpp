@@ -1,5 +1,6 @@
 #include "engine/analysis/ratio_response.h"
 
+#include "engine/analysis/time_response.h"
 #include "engine/analysis/trigonometric_sums.h"
 
 #include <algorithm>
@@ -57,15 +58,14 @@ void ratio_time_response(const RatioEntry &ratio, const TimeResponse &out) {
   const int order = order_of(ratio);
   const auto &b = ratio.numerator;
   const auto &a = ratio.denominator;
-  std::vector<double> s(order + 2);
-  time_response(
-      ratio.gain, out, [&] { std::fill(s.begin(), s.end(), 0); },
-      [&](double x) {
-        // Kept: a[0] multiplies where a division belongs, so the response is right only for a[0] = 1.
-        const double y = clamp_sample((x * b[0] + s[0]) * a[0]);
-        for (int i = 0; i < order; ++i) s[i] = x * b[i + 1] + s[i + 1] - y * a[i + 1];
-        return y;
-      });
+  time_response(ratio.gain, out, [&]<class Real>(Real) {
+    return [&, order, s = std::vector<Real>(order + 2)](Real x) mutable {
+      // Kept: a[0] multiplies where a division belongs, so the response is right only for a[0] = 1.
+      const Real y = clamp_sample((x * b[0] + s[0]) * a[0]);
+      for (int i = 0; i < order; ++i) s[i] = x * b[i + 1] + s[i + 1] - y * a[i + 1];
+      return y;
+    };
+  });
 }
 
 } // namespace brisel

@@ -38,19 +38,11 @@ struct TimeResponse {
   std::span<double> step;
 };
 
-/// Impulse and step response of a recursion: `run(x)` returns the next sample for the input x, `clear()` empties its
-/// states, `amplitude` is the input of both.
-template <class Clear, class Run> void time_response(double amplitude, const TimeResponse &out, Clear clear, Run run) {
-  clear();
-  for (std::size_t k = 0; k < out.impulse.size(); ++k) out.impulse[k] = run(k == 0 ? amplitude : 0);
-  clear();
-  for (double &sample : out.step) sample = run(amplitude);
-}
-
 /// Keeps the samples of an unstable recursion finite; an undefined value becomes the lower limit.
-inline double clamp_sample(double y) {
-  if (y > 1e30) return 1e30;
-  return y >= -1e30 ? y : -1e30;
+template <class Real> Real clamp_sample(Real y) {
+  constexpr double limit = 1e30;
+  if (y > limit) return limit;
+  return y >= -limit ? y : Real(-limit);
 }
 
 } // namespace brisel

@@ -9,6 +9,8 @@
 // Points go through the sections in blocks, so that the loop over a block can be vectorized.
 #include "engine/analysis/section_response.h"
 
+#include "engine/analysis/time_response.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -35,7 +37,7 @@ struct Quadratic {
   int exponent; // the triple was divided by 2^exponent, so that no square of it leaves the range of a double
 };
 
-struct Values {
+struct TripleValues {
   Block re, im, dre, dim, square;
 };
 
@@ -74,7 +76,7 @@ Quadratic quadratic(Triple t, Plane plane, double rate) {
   return {t[0] + t[2], t[0] - t[2], {static_cast<double>(t[1] + ends), static_cast<double>(t[1] - ends)}, exponent};
 }
 
-void evaluate(const Quadratic &q, const Basis &basis, Values &out) {
+void evaluate(const Quadratic &q, const Basis &basis, TripleValues &out) {
   for (std::size_t i = 0; i < basis.count; ++i) {
     const double beta = basis.upper[i] != 0 ? q.beta[1] : q.beta[0];
     out.re[i] = q.alpha * basis.u[i] + beta;
@@ -86,7 +88,7 @@ void evaluate(const Quadratic &q, const Basis &basis, Values &out) {
 }
 
 // Im(X' / X), 0 where X vanishes.
-double turning(const Values &x, std::size_t i) {
+double turning(const TripleValues &x, std::size_t i) {
   const double cross = x.dim[i] * x.re[i] - x.dre[i] * x.im[i];
   return x.square[i] > 0 ? cross / x.square[i] : 0;
 }
@@ -122,7 +124,7 @@ template <class Compute> void for_each_block(Plane plane, std::span<const double
 void cascade_frequency_response(const SectionEntry &cascade, Plane plane, std::span<const double> points,
                                 const FrequencyResponse &out) {
   const std::vector<Section> sections = sections_of(cascade, plane);
-  Values n, d;
+  TripleValues n, d;
   Block re, im, delay;
   std::array<int, block_size> exponent; // the product is (re + j im) 2^exponent
   for_each_block(plane, points, [&](std::size_t first, const Basis &basis) {
@@ -169,7 +171,7 @@ void cascade_frequency_response(const SectionEntry &cascade, Plane plane, std::s
 void parallel_frequency_response(const SectionEntry &parallel, Plane plane, std::span<const double> points,
                                  const FrequencyResponse &out) {
   const std::vector<Section> sections = sections_of(parallel, plane);
-  Values n, d;
+  TripleValues n, d;
   Block re, im, dre, dim, size; // size: sum of the terms' magnitudes
   for_each_block(plane, points, [&](std::size_t first, const Basis &basis) {
     re.fill(parallel.gain);
@@ -210,45 +212,39 @@ void parallel_frequency_response(const SectionEntry &parallel, Plane plane, std:
 namespace {
 
 // Delay elements of all sections and one step of one of them.
-struct SectionStates {
+template <class Real> struct SectionStates {
   explicit SectionStates(const SectionEntry &entry) : entry(entry), s1(entry.section_count), s2(entry.section_count) {}
-  void clear() {
-    std::fill(s1.begin(), s1.end(), 0);
-    std::fill(s2.begin(), s2.end(), 0);
-  }
-  double run(int k, double x) {
+  Real run(int k, Real x) {
     const Triple &b = entry.numerators[k];
     const Triple &a = entry.denominators[k];
-    const double y = clamp_sample((x * b[0] + s1[k]) / a[0]);
+    const Real y = clamp_sample((x * b[0] + s1[k]) / a[0]);
     s1[k] = x * b[1] + s2[k] - y * a[1];
     s2[k] = x * b[2] - y * a[2];
     return y;
   }
   const SectionEntry &entry;
-  std::vector<double> s1, s2;
+  std::vector<Real> s1, s2;
 };
 
 } // namespace
 
 void cascade_time_response(const SectionEntry &cascade, const TimeResponse &out) {
-  SectionStates states(cascade);
-  time_response(
-      cascade.gain, out, [&] { states.clear(); },
-      [&](double x) {
-        for (int k = 0; k < cascade.section_count; ++k) x = states.run(k, x);
-        return x;
-      });
+  time_response(cascade.gain, out, [&]<class Real>(Real) {
+    return [states = SectionStates<Real>(cascade)](Real x) mutable {
+      for (int k = 0; k < states.entry.section_count; ++k) x = states.run(k, x);
+      return x;
+    };
+  });
 }
 
 void parallel_time_response(const SectionEntry &parallel, const TimeResponse &out) {
-  SectionStates states(parallel);
-  time_response(
-      parallel.pars, out, [&] { states.clear(); },
-      [&](double x) {
-        double sum = x * parallel.gain;
-        for (int k = 0; k < parallel.section_count; ++k) sum += states.run(k, x);
-        return sum;
-      });
+  time_response(parallel.pars, out, [&]<class Real>(Real) {
+    return [states = SectionStates<Real>(parallel)](Real x) mutable {
+      Real sum = x * states.entry.gain;
+      for (int k = 0; k < states.entry.section_count; ++k) sum += states.run(k, x);
+      return sum;
+    };
+  });
 }
 
 } // namespace brisel
