@@ -10,7 +10,7 @@ cores=2
 step() { echo "== $*"; }
 failed=0
 
-install_packages
+install_packages packages.txt packages-test.txt
 build_preset release all
 build_preset fuzz "${targets[@]/#/fuzz_}"
 cd "$root" || exit 1

@@ -13,7 +13,9 @@ constexpr const char *everything =
     " --flt a.flt --inp a.inp --report a.rep --trace a.trc --json a.json --plot-data a --c a.c "
     "--dspic30 pic --dspic30-header --dspic30-sim --dspic30-script octave --adsp218x a.dat "
     "--dsp56800 a56.h --cocentric a.ds --data a.txt --frequency-points 20 --time-points 20";
+#ifdef BRISEL_PICTURES
 constexpr const char *pictures = " --plots plots --pdf a.pdf";
+#endif
 
 struct FaultyJob {
   const char *name;
@@ -36,6 +38,7 @@ constexpr std::array jobs{
 static_assert(std::accumulate(jobs.begin(), jobs.end(), 0,
                               [](int sum, const FaultyJob &job) { return sum + job.least; }) >= 200);
 
+#ifdef BRISEL_PICTURES
 // Drawing takes most of the time of a job, so these are for the long tests.
 constexpr std::array long_jobs{
     FaultyJob{"designInANewFolder", "design lowpass.spc --quantize fixed --structure canonic --spc a.spc --matlab a.m",
@@ -46,6 +49,7 @@ constexpr std::array long_jobs{
     FaultyJob{"analysisOverOldFiles", "analyze biquads.inp --quantize fixed --structure canonic", everything, pictures,
               true, 80},
 };
+#endif
 
 std::vector<FaultyJob> jobs_to_run() {
   std::vector<FaultyJob> all(jobs.begin(), jobs.end());
