@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -235,7 +236,9 @@ const std::vector<OptionRow> &option_rows() {
       {"--phase-shift", "DEGREES", AnyNumber{&Job::phase_shift}, Group::design, for_phase_shift, with_digital,
        "phase of the filter at both, positive when its output leads; whole turns do not count"},
       {"--real-zero", "ZERO", AnyNumber{&Job::real_zero}, Group::design, for_phase_shift, with_digital,
-       "real zero of the filter, above 1 or below -1; a value that does not work is refused with those that do"},
+       "real zero of the filter, above 1 or below -1; default: one from the middle of those that work, with a note; a "
+       "value "
+       "that does not work is refused with those that do"},
       {"--radians", "", Switch{&Job::radians}, Group::design, for_phase_shift, with_digital,
        "frequencies are in radians per second; default: hertz"},
       {"--structure", "STRUCTURE", Choice{&Job::structure, structures}, Group::quantization, for_results,
@@ -507,10 +510,60 @@ std::string command_help(const CommandRow &command) {
 
 std::string program_help() {
   std::string text = "Brisel " BRISEL_VERSION ", design and analysis of digital filters.\n\nUsage:\n";
+#ifdef BRISEL_PICTURES
+  text += help_row("brisel [FILE]", "open the workstation, on a .spc, .inp or .flt file if one is named");
+#endif
   for (const CommandRow &row : commands) text += help_row(row.usage(), row.help);
   text += help_row("brisel COMMAND --help", "the options of a command");
   text += help_row("brisel --version", "the version");
   return text + help_row("brisel --help", "this text");
+}
+
+/// Characters to insert, drop, change or swap with their neighbour that make `b` of `a`.
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> before, last(b.size() + 1), now(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); j++) last[j] = j;
+  for (std::size_t i = 1; i <= a.size(); i++) {
+    now[0] = i;
+    for (std::size_t j = 1; j <= b.size(); j++) {
+      now[j] = std::min({last[j] + 1, now[j - 1] + 1, last[j - 1] + (a[i - 1] != b[j - 1])});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) now[j] = std::min(now[j], before[j - 2] + 1);
+    }
+    before = std::exchange(last, now);
+  }
+  return last[b.size()];
+}
+
+/// What the user may have meant: the name that is nearest to `typed`, if one is near.
+std::string suggestion(std::string_view typed, const Names &names) {
+  constexpr std::size_t longest = 40; // no name is
+  if (typed.size() > longest) return "";
+  const auto distance = [&](std::string_view name) { return edit_distance(typed, name); };
+  const auto nearest = std::ranges::min_element(names, {}, distance);
+  if (nearest == names.end() || distance(*nearest) > std::max<std::size_t>(1, typed.size() / 3)) return "";
+  return "; did you mean " + std::string(*nearest) + "?";
+}
+
+/// The first argument that the parser does not know, and what it may have been meant to be.
+std::string unexpected_argument(const std::string &argument, const CommandRow *command) {
+  const std::string typed = argument.substr(0, argument.find('='));
+  Names names{"--help"};
+  if (!command) {
+    names.push_back("--version");
+    for (const CommandRow &row : commands) names.push_back(row.name);
+  } else {
+    for (const OptionRow &row : option_rows())
+      if (row.commands & static_cast<unsigned>(command->command)) names.push_back(row.name);
+  }
+  const std::string meant = suggestion(typed, names);
+  if (!meant.empty() || !command) return argument + meant;
+  const auto elsewhere = std::ranges::find(option_rows(), typed, &OptionRow::name);
+  if (elsewhere == option_rows().end()) return argument;
+  std::string owners;
+  for (const CommandRow &row : commands)
+    if (elsewhere->commands & static_cast<unsigned>(row.command))
+      owners += std::string(owners.empty() ? "" : ", ") + row.name;
+  return argument + "; it is an option of " + owners;
 }
 
 /// The parser's own refusals in our words.
@@ -561,7 +614,10 @@ std::optional<ExitStatus> read_command_line(int argc, const char *const *argv, J
     answer = std::string(version.what()) + "\n";
     return exit_done;
   } catch (const CLI::ExtrasError &) {
-    throw JobFailure(exit_usage, "unexpected argument: " + app.remaining(true).front());
+    const CommandRow *command = nullptr;
+    for (std::size_t i = 0; i < commands.size(); i++)
+      if (parsers[i]->parsed()) command = &commands[i];
+    throw JobFailure(exit_usage, "unexpected argument: " + unexpected_argument(app.remaining(true).front(), command));
   } catch (const CLI::ParseError &error) {
     throw JobFailure(exit_usage, parser_complaint(error));
   }

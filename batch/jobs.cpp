@@ -35,7 +35,7 @@ namespace {
 
 void load_specification(const Job &job, const BatchFrontEnd &front_end) {
   const Status loaded = load_filter_spec(job.input);
-  if (loaded == cannot_open) fail(job.input + ": cannot be opened for reading");
+  if (loaded == cannot_open) fail(job.input + ": " + unreadable(job.input));
   if (loaded != success) fail(front_end.failure(job.input + ": is no filter specification file"));
   design_state.FrequencyMode = in_radians(*current_spec);
   apply_frequency_mode();
@@ -147,7 +147,6 @@ bool is_coefficient_file(const std::string &path) {
 }
 
 void load_system(const Job &job, const BatchFrontEnd &front_end) {
-  const char *const unreadable = ": cannot be opened for reading";
   if (is_coefficient_file(job.input)) {
     CoefficientReading reading;
     if (load_coefficient_file(job.input, &reading) != success)
@@ -156,7 +155,7 @@ void load_system(const Job &job, const BatchFrontEnd &front_end) {
     return;
   }
   LineReader file(100);
-  if (!file.open(job.input)) fail(job.input + unreadable);
+  if (!file.open(job.input)) fail(job.input + ": " + unreadable(job.input));
   if (load_system_file(job.input) != success) fail(front_end.failure(job.input + ": is no system analysis file"));
 }
 
@@ -232,16 +231,20 @@ void run_phase_shift(const Job &job, BatchFrontEnd &front_end) {
     if (!row.given && &row.place != &wanted.real_zero) throw JobFailure(exit_usage, row.option + missing);
     row.place = row.given.value_or(0) * row.factor;
   }
+  if (!job.real_zero) wanted.real_zero = middle_zero(wanted).value_or(0);
   choose_results(job, wanted.sampling_frequency);
   if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (const auto complaint = phase_shift_design(wanted)) {
     const Row &row = rows[static_cast<std::size_t>(complaint->field)];
-    std::string reason = row.option + (row.given ? formatf(": %.10g ", *row.given) + complaint->reason : missing);
+    std::string reason = row.option + formatf(": %.10g ", row.given.value_or(0)) + complaint->reason;
     if (complaint->field == PhaseShiftField::real_zero)
       reason += "; values that work here: " + working_zeros_text(wanted);
     throw JobFailure(exit_usage, reason);
   }
   if (!design_record.valid) fail(front_end.failure("the phase shift filter has no result"));
+  if (!job.real_zero)
+    design_notes.push_back(formatf("The real zero is %.12g; values that work here: ", wanted.real_zero) +
+                           working_zeros_text(wanted) + ".");
   write_results(job, front_end);
 }
 

@@ -902,7 +902,7 @@ int load_coefficient_file(const std::string &path, CoefficientReading *reading) 
   Reader reader{.image = coefficient_file, .reading = result};
   release_coefficient_file();
   if (!reader.lines.open(path)) {
-    result.reason = "the file cannot be opened";
+    result.reason = unreadable(path);
     return cannot_open;
   }
   coefficient_file.path = path;

@@ -426,7 +426,7 @@ int read_system_file(const std::string &path, DesignState &state, SystemEntries 
   SystemReading own;
   Reader reader{.reading = reading ? *reading : own};
   if (!reader.lines.open(path)) {
-    reader.reading.reason = "the file cannot be opened";
+    reader.reading.reason = unreadable(path);
     return cannot_open;
   }
   return read(reader, state, z, s);

@@ -121,10 +121,19 @@ static std::FILE *open_regular(const std::string &path) {
   struct stat information;
   if (fstat(descriptor, &information) != 0 || !S_ISREG(information.st_mode)) {
     ::close(descriptor);
-    errno = EINVAL;
+    errno = S_ISDIR(information.st_mode) ? EISDIR : EINVAL;
     return nullptr;
   }
   return fdopen(descriptor, "r");
+}
+
+std::string unreadable(const std::string &path) {
+  std::FILE *const file = open_regular(path);
+  const std::string why = file              ? "it is too large, or reading failed"
+                          : errno == EINVAL ? "it is no regular file"
+                                            : std::strerror(errno);
+  if (file) std::fclose(file);
+  return "cannot be opened for reading: " + why;
 }
 
 bool LineReader::open(const std::string &path) {

@@ -69,6 +69,9 @@ private:
   bool overflow = false;
 };
 
+/// "cannot be opened for reading: " and why, of a file that `open` or `read_file` did not take.
+std::string unreadable(const std::string &path);
+
 /// The whole of a regular file of at most `limit` bytes; nothing when it cannot be read or is larger.
 std::optional<std::string> read_file(const std::string &path, std::size_t limit);
 

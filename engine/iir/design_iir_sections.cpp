@@ -229,6 +229,15 @@ bool map_parallel(DesignRecord &r, bool designed) {
   if (digits < enough_digits)
     design_notes.push_back("The partial fractions, of which an impulse-invariant filter is made, keep " +
                            digits_text(digits) + " of the filter.");
+  if (!designed)
+    if (const auto folded = folding(analog, r.z, r.spec.sampling_frequency))
+      design_notes.push_back(formatf(
+          "At half the sampling frequency the analog system still has %.1f dB of its largest gain. The "
+          "impulse-invariant "
+          "transformation folds back what lies above: the digital gain departs by up to %.1f dB, at %.4g %s. The "
+          "bilinear transformation folds nothing back.",
+          folded->gain_at_half, folded->departure, folded->at * design_state.unit_factor_inverse,
+          design_state.FrequencyMode ? "rad/s" : "Hz"));
   cancel_delays(r.z.parallel);
   if (!analog.cascade.keep_gain) regain_parallel(r.z.parallel);
   list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);

@@ -2,10 +2,12 @@
 // Processing, ch. 7.
 #include "engine/iir/impulse_invariant_map.h"
 
+#include "engine/analysis/form_digits.h"
 #include "engine/analysis/polynomial_roots.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace brisel {
 
@@ -76,6 +78,33 @@ std::vector<std::complex<double>> impulse_invariant_values(const SectionEntry &s
     }
   }
   return {sums.begin(), sums.end()};
+}
+
+std::optional<Folding> folding(const IirForms &analog, const IirForms &digital, double sample_rate) {
+  constexpr double least_gain = 0.01, least_departure_db = 0.5;
+  constexpr double seen = 1e-3; // of the largest gain; what lies below it is no passband
+  constexpr double decades = 4; // below half the sampling frequency
+  constexpr std::size_t points = 1001;
+  std::vector<std::complex<double>> s(points), z(points);
+  for (std::size_t i = 0; i < points; i++) {
+    const double part = std::pow(10, decades * (static_cast<double>(i) / (points - 1) - 1));
+    s[i] = {0, part * sample_rate / 2};
+    z[i] = std::polar(1.0, part * std::numbers::pi);
+  }
+  const auto a = form_values<double>({Domain::s, InputOption::product, &analog}, s);
+  const auto d = form_values<double>({Domain::z, InputOption::sum, &digital}, z);
+  double peak = 0;
+  for (const auto value : a) peak = std::max(peak, std::abs(value));
+  const double at_half = std::abs(a.back()) / peak;
+  if (!(at_half >= least_gain)) return std::nullopt;
+  Folding found{20 * std::log10(at_half), 0, 0};
+  for (std::size_t i = 0; i < points; i++) {
+    const double departure = 20 * std::fabs(std::log10(std::abs(d[i]) / std::abs(a[i])));
+    if (!(std::abs(a[i]) >= seen * peak && std::isfinite(departure) && departure > found.departure)) continue;
+    found.departure = departure;
+    found.at = s[i].imag();
+  }
+  return found.departure >= least_departure_db ? std::optional(found) : std::nullopt;
 }
 
 } // namespace brisel

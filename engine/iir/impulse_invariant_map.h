@@ -3,6 +3,7 @@
 #include "engine/core/records.h"
 
 #include <complex>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -19,5 +20,15 @@ void impulse_invariant_map(const SectionEntry &s, SectionEntry &z, double step);
 /// costs: large terms cancel each other only as well as their coefficients fit together.
 std::vector<std::complex<double>> impulse_invariant_values(const SectionEntry &s, double step,
                                                            std::span<const std::complex<double>> z);
+
+/// What sampling the impulse response does to the magnitude where the analog system still passes something above half
+/// the sampling frequency: it is folded back.
+struct Folding {
+  double gain_at_half; // of the analog system at half the sampling frequency, dB below its largest up to there
+  double departure;    // largest distance of the digital gain from the analog one that is not far below its largest, dB
+  double at;           // its frequency, radians per second
+};
+/// Nothing when the analog system has next to no gain there, or the digital one follows it all the same.
+std::optional<Folding> folding(const IirForms &analog, const IirForms &digital, double sample_rate);
 
 } // namespace brisel

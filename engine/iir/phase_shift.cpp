@@ -156,6 +156,18 @@ std::vector<ZeroRange> working_zeros(const PhaseShiftSpec &wanted) {
   return {};
 }
 
+std::optional<double> middle_zero(const PhaseShiftSpec &wanted) {
+  const auto ranges = working_zeros(wanted);
+  if (ranges.empty()) return std::nullopt;
+  const Task task = task_of(wanted);
+  // The mean of the logarithms of the two ends of k.
+  const double k = std::tan(task.theta / 2) / std::sqrt(std::tan(task.w1 / 2) * std::tan(task.w2 / 2));
+  const double exact = std::clamp((k + 1) / (k - 1), -max_real_zero, max_real_zero); // infinite at k = 1
+  for (const int digits : {3, 6, 12})
+    if (const auto zero = parse_number(formatf("%.*g", digits, exact)); zero && solve(task, *zero)) return zero;
+  return ranges.front().low;
+}
+
 std::string working_zeros_text(const PhaseShiftSpec &wanted) {
   std::string text;
   for (const ZeroRange &range : working_zeros(wanted))

@@ -6,6 +6,7 @@
 
 #include "engine/iir/allpass_delay.h"
 
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -52,7 +53,9 @@ struct ZeroRange {
 /// The real zeros, up to max_real_zero, for which there is a filter with these frequencies and this shift; the ends are
 /// rounded inwards to few digits and are among them. Empty when there are none.
 std::vector<ZeroRange> working_zeros(const PhaseShiftSpec &wanted);
-/// The same as "from 2.45 to 1000000"; empty when there are none.
+/// One from the middle of them, as few digits as work; nothing when there are none.
+std::optional<double> middle_zero(const PhaseShiftSpec &wanted);
+/// They read as "from 2.45 to 1000000"; empty when there are none.
 std::string working_zeros_text(const PhaseShiftSpec &wanted);
 
 } // namespace brisel

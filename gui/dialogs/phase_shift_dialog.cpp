@@ -56,7 +56,9 @@ void cPhaseShiftSpecDialogImpl::read() {
   read_number(pRealZero_Edit, typed.real_zero);
   if (!is_right()) return;
   if (const std::string zeros = working_zeros_text(typed); !zeros.empty())
-    pResult_Label->setText("Real zero values that work: " + text_of(zeros));
+    pResult_Label->setText(QString("Real zero values that work: %1; %2 is in their middle")
+                               .arg(text_of(zeros))
+                               .arg(middle_zero(typed).value_or(0), 0, 'g', 12));
   const auto outcome = design_phase_shift(typed);
   if (const auto *filter = std::get_if<PhaseShiftFilter>(&outcome)) {
     const QString within = QString("\nThe phase is within %1 degrees of the shift ").arg(phase_band_tolerance);

@@ -3,6 +3,7 @@
 #include "engine/files/coefficient_file.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
+#include "engine/files/text_file.h"
 #include "gui/dialogs/option_dialogs.h"
 #include "gui/main_window/brisel_app.h"
 #include "gui/main_window/printing.h"
@@ -27,7 +28,8 @@ void cBriselApp::load_file(const QString &path) {
 
 void cBriselApp::load_specification(const QString &path) {
   const Status result = load_filter_spec(path.toStdString());
-  if (result == cannot_open) return post_message(Message::cannot_read_file, path.toStdString());
+  if (result == cannot_open)
+    return post_message(Message::cannot_read_file, path.toStdString() + ": " + unreadable(path.toStdString()));
   if (result != success) return; // told by the reader
   remember(FileCommand::load_specification, path);
   design_state.FrequencyMode = current_spec->unit == 'R';
@@ -42,8 +44,11 @@ void cBriselApp::load_system(const QString &path) {
 }
 
 void cBriselApp::load_coefficients(const QString &path) {
-  if (load_coefficient_file(path.toStdString()) != success)
-    return post_message(Message::coefficient_file_refused, path.toStdString());
+  CoefficientReading reading;
+  if (load_coefficient_file(path.toStdString(), &reading) != success) {
+    const std::string line = reading.line > 0 ? formatf(":%d", reading.line) : "";
+    return post_message(Message::coefficient_file_refused, path.toStdString() + line + ": " + reading.reason);
+  }
   const Status converted = analyze_coefficient_file();
   release_coefficient_file();
   if (converted != success) return; // told by the engine

@@ -19,7 +19,7 @@ constexpr std::size_t largest_text = 16 << 20;
 
 void show_text_file(const QString &path, QWidget *main_window) {
   const auto text = read_file(path.toStdString(), largest_text);
-  if (!text) return post_message(Message::cannot_read_file, path.toStdString());
+  if (!text) return post_message(Message::cannot_read_file, path.toStdString() + ": " + unreadable(path.toStdString()));
   auto *viewer = new QTextBrowser(main_window);
   viewer->setWindowFlag(Qt::Window);
   viewer->setAttribute(Qt::WA_DeleteOnClose);

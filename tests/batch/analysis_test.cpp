@@ -90,6 +90,21 @@ TEST_F(Analysis, GeneratedCodeIsWrittenAndTheSameEveryTime) {
   EXPECT_NE(shop.read("a.c").find("1970-01-02 00:00:00 UTC"), std::string::npos);
 }
 
+TEST_F(Analysis, WhatTheImpulseInvariantMapFoldsBackIsTold) {
+  // A highpass of first order at 1 kHz passes everything above half of 48 kHz; a lowpass of order 3 passes nothing.
+  const std::string head =
+                        "DIGITAL SYSTEM ANALYSIS - S DOMAIN INPUT\nINPUT OPTION - RATIO OF TWO POLYNOMIALS N(s)/D(s)\n"
+                        "SAMPLING FREQUENCY           4.80000e+04 HERTZ\nINITIAL GAIN  1.0\n",
+                    numerator = "NUMERATOR COEFFICIENTS   - HIGHEST ORDER FIRST    ",
+                    denominator = "DENOMINATOR COEFFICIENTS - HIGHEST ORDER FIRST    ";
+  shop.write("high.inp", head + numerator + "2\n 1.0 0.0\n" + denominator + "2\n 1.0 6283.185307\n");
+  shop.write("low.inp", head + numerator + "1\n 2.48e11\n" + denominator + "4\n 1.0 1.257e4 7.9e7 2.48e11\n");
+  const std::string high = shop.run("analyze high.inp --mapping impulse-invariant").out;
+  EXPECT_NE(high.find("folds back what lies above"), std::string::npos) << high;
+  EXPECT_EQ(shop.run("analyze low.inp --mapping impulse-invariant").out.find("folds back"), std::string::npos);
+  EXPECT_EQ(shop.run("analyze high.inp --mapping bilinear").out.find("folds"), std::string::npos);
+}
+
 TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
   shop.write("taken.dat_BRISELSYS", "mine");
   shop.write("short.inp", example("biquads.inp").substr(0, 120));
@@ -101,7 +116,9 @@ TEST_F(Analysis, RefusalsAreOneLineAndLeaveNothingBehind) {
     const char *says;
   };
   for (const Row &row : {
-           Row{"analyze missing.inp", 1, "missing.inp: "},
+           Row{"analyze missing.inp", 1, "missing.inp: cannot be opened for reading: No such file or directory"},
+           Row{"design . --method iir", 1, ".: cannot be opened for reading: Is a directory"},
+           Row{"design /dev/null", 1, "/dev/null: cannot be opened for reading: it is no regular file"},
            Row{"analyze lowpass.spc", 1, "lowpass.spc:1: "},
            Row{"analyze short.inp --json x.json", 1, "short.inp:"},
            Row{"analyze short.flt --json x.json", 1, "short.flt:"},

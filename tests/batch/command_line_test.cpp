@@ -17,6 +17,9 @@ TEST(CommandLine, HelpAndVersionAreTextsOnStandardOutput) {
       {"", 2, "Usage:"},
 #endif
       {"--help", 0, "brisel design FILE.spc"},
+#ifdef BRISEL_PICTURES
+      {"--help", 0, "brisel [FILE] "},
+#endif
       {"-h", 0, "Usage:"},
       {"--version", 0, "brisel " BRISEL_VERSION "\n"},
       {"design --help", 0, "--method"},
@@ -44,6 +47,8 @@ TEST(CommandLine, WhatIsWrongIsNamedInOneLineWithStatus2) {
   };
   const Row rows[]{
       {"nonsense", "nonsense"},
+      {"desing lowpass.spc --method iir", "desing; did you mean design?"},
+      {"design lowpass.spc --metohd=iir", "--metohd=iir; did you mean --method?"},
       {"lowpass.spc hilbert.spc", "lowpass.spc"},
       {"--nonsense", "--nonsense"},
       {"design", "FILE.spc is required"},
@@ -82,7 +87,7 @@ TEST(CommandLine, WhatIsWrongIsNamedInOneLineWithStatus2) {
       {"design lowpass.spc --method window --spc -", "--spc: '-'"},
       {"design lowpass.spc --method window --json a --spc ./a", "two outputs would be written to"},
       {"design lowpass.spc --method window --json p.mag --plot-data p", "two outputs would be written to p.mag"},
-      {"estimate lowpass.spc --window kaiser", "unexpected argument: --window\n"},
+      {"estimate lowpass.spc --window kaiser", "--window; it is an option of design"},
       {"design lowpass.spc \"$(printf 'a\\nb\\033')\"", "a\\x0Ab\\x1B"},
   };
   for (const Row &row : rows) {
