@@ -113,8 +113,8 @@ TEST(WorkstationModule, MissingModuleOrDisplayGivesOneLine) {
       {folder.path("alone"), "env QT_QPA_PLATFORM=offscreen", "brisel_workstation.so is neither in"},
   };
   for (const auto &row : rows) {
-    const std::string command =
-        "cd " + folder.path("") + " && timeout 60 " + row.environment + " " + row.program + " >out 2>err </dev/null";
+    const std::string command = "cd " + folder.path("") + " && ulimit -t 60 && timeout 280 " + row.environment + " " +
+                                row.program + " >out 2>err </dev/null";
     EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << row.environment;
     const std::string said = folder.read("err");
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
