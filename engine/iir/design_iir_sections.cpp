@@ -23,10 +23,12 @@
 #include "engine/iir/pole_grid.h"
 #include "engine/iir/reorder.h"
 #include "engine/iir/selectivity.h"
+#include "engine/iir/wide_impulse_invariance.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace brisel {
 
@@ -195,8 +197,29 @@ bool map_cascade(DesignRecord &r, ZTransform method, const Prewarp &prewarp) {
   return true;
 }
 
+// The cascade of wide partial fractions, if it is the filter to more digits than the sum of rounded ones.
+std::optional<double> take_wide_cascade(DesignRecord &r, const SectionEntry &analog, double step, const BandMove &move,
+                                        double digits) {
+  const auto wide = wide_impulse_invariance(analog, step, move);
+  if (!wide || !(wide->digits > digits)) return std::nullopt;
+  SectionEntry &cascade = r.z.cascade;
+  cascade = wide->cascade;
+  note_dropped_delay(wide->dropped_delay);
+  const double sign = std::copysign(1.0, cascade.gain);
+  if (!analog.keep_gain) {
+    compute_cas_gain(cascade);
+    cascade.gain *= sign;
+  }
+  return wide->digits;
+}
+
 // Impulse invariance: term by term of the partial fractions, by way of the analog filter or of the digital lowpass.
-bool map_parallel(DesignRecord &r, bool designed) {
+// Returns the form that was made, nothing after a refusal.
+std::optional<RealizationForm> map_parallel(DesignRecord &r, bool designed) {
+  const auto refused = [](Message number) -> std::optional<RealizationForm> {
+    static_cast<void>(refuse(number));
+    return std::nullopt;
+  };
   const double step = two_pi / r.spec.sampling_frequency;
   const bool digital_path = designed && r.selections.ImpulseInvariantDesignPath != 0;
   IirForms &analog = digital_path ? r.s_normalized : r.s_unnormalized;
@@ -207,12 +230,15 @@ bool map_parallel(DesignRecord &r, bool designed) {
   if (!digital_path) {
     if (!cascade_to_parallel(Domain::s, analog.cascade, analog.parallel) ||
         !cascade_to_pole_zero(Domain::s, analog.cascade, analog.pole_zero))
-      return refuse(Message::result_not_finite);
+      return refused(Message::result_not_finite);
     list(" S Domain Unnormalized: parallel\n", analog.parallel);
   }
   double digits = digits_of_sum(analog);
+  BandMove move;
+  const double theta_p = r.wp * normalized_step(step);
   if (digital_path) {
-    const double theta_p = r.wp * normalized_step(step);
+    move = {[&](std::complex<double> z) { return lowpass_place(r.spec, theta_p, z); },
+            [&](std::optional<std::complex<long double>> z) { return moved_places(r.spec, theta_p, z); }};
     digital_transform(r.z_normalized, r.z.parallel, r.spec, theta_p);
     digits = std::min(digits, digits_of_terms(r.z.parallel, [&](Values z) {
                         for (auto &place : z) place = lowpass_place(r.spec, theta_p, place);
@@ -225,7 +251,15 @@ bool map_parallel(DesignRecord &r, bool designed) {
                         return impulse_invariant_values(analog.parallel, step, z);
                       }));
   }
-  if (digits < least_digits) return refuse(Message::partial_fractions_lost);
+  auto form = RealizationForm::parallel;
+  if (digits < enough_digits) {
+    const double sampling_step = digital_path ? normalized_step(step) : step;
+    if (const auto wide = take_wide_cascade(r, analog.cascade, sampling_step, move, digits)) {
+      form = RealizationForm::cascade;
+      digits = *wide;
+    }
+  }
+  if (digits < least_digits) return refused(Message::partial_fractions_lost);
   if (digits < enough_digits)
     design_notes.push_back("The partial fractions, of which an impulse-invariant filter is made, keep " +
                            digits_text(digits) + " of the filter.");
@@ -241,7 +275,7 @@ bool map_parallel(DesignRecord &r, bool designed) {
   cancel_delays(r.z.parallel);
   if (!analog.cascade.keep_gain) regain_parallel(r.z.parallel);
   list(" Z Domain Unnormalized: parallel - regain\n", r.z.parallel);
-  return true;
+  return form;
 }
 
 } // namespace
@@ -319,8 +353,14 @@ static bool digitize(ZTransform method, AcceptPoles accepted, const Prewarp &pre
                      const CompensationPlan &compensation) {
   DesignRecord &r = design_record;
   const bool by_sum = method == ZTransform::impulse_invariant, designed = accepted == AcceptPoles::inside_only;
-  if (!(by_sum ? map_parallel(r, designed) : map_cascade(r, method, prewarp))) return false;
-  RealizationForm source = by_sum ? RealizationForm::parallel : RealizationForm::cascade;
+  RealizationForm source = RealizationForm::cascade;
+  if (by_sum) {
+    const auto made = map_parallel(r, designed);
+    if (!made) return false;
+    source = *made;
+  } else if (!map_cascade(r, method, prewarp)) {
+    return false;
+  }
   if (designed && !append_stages(r, source, compensation)) return false;
   return complete_forms(source, accepted);
 }

@@ -114,4 +114,17 @@ Complex lowpass_place(const FilterSpec &spec, double theta_p, Complex z) {
   return g.sign * ((z - g.beta) * z + g.gamma) / ((g.gamma * z - g.beta) * z + 1.0);
 }
 
+std::vector<std::complex<long double>> moved_places(const FilterSpec &spec, double theta_p,
+                                                    std::optional<std::complex<long double>> lowpass) {
+  using Place = std::complex<long double>;
+  const Substitution g = substitution(spec, theta_p);
+  const long double sign = g.sign, beta = g.beta, gamma = g.gamma;
+  const Place one = lowpass ? Place(1) : Place(0), z = lowpass.value_or(1); // the place is z / one
+  if (!g.two_poles) return {(sign * z + beta * one) / (one + beta * sign * z)};
+  const Place a = gamma * z - sign * one, half = beta * (sign * one - z) / 2.0L, c = z - sign * gamma * one;
+  const Place root = std::sqrt(half * half - a * c);
+  const Place q = std::real(half * std::conj(root)) < 0 ? root - half : -half - root;
+  return {q / a, c / q};
+}
+
 } // namespace brisel

@@ -4,6 +4,8 @@
 #include "engine/core/records.h"
 
 #include <complex>
+#include <optional>
+#include <vector>
 
 namespace brisel {
 
@@ -14,5 +16,10 @@ void digital_transform(const SectionEntry &lowpass, SectionEntry &target, const 
 
 /// The place of the lowpass whose value the moved filter has at `z`.
 std::complex<double> lowpass_place(const FilterSpec &spec, double theta_p, std::complex<double> z);
+
+/// The places that the substitution takes a place of the lowpass to, one or, of a band filter, two; nothing stands for
+/// infinity.
+std::vector<std::complex<long double>> moved_places(const FilterSpec &spec, double theta_p,
+                                                    std::optional<std::complex<long double>> lowpass);
 
 } // namespace brisel

@@ -282,7 +282,7 @@ TEST_F(DesignIirSections, ImpulseInvarianceSamplesTheAnalogFilter) {
 TEST_F(DesignIirSections, ImpulseInvarianceByTheDigitalLowpass) {
   for (std::size_t b = 0; b < bands.size(); b++) {
     for (const AnalogPrototype family : families) {
-      for (const int order : {2, 6, 10}) {
+      for (const int order : {2, 6, 10, 30}) { // at 30 the sums of Butterworth and Bessel terms need wide ones
         ask(bands[b], pass_edges[b], stop_edges[b], family, ZTransform::impulse_invariant, order, 1);
         ASSERT_TRUE(design_iir_sections());
         const SampledSum sampled(design_record.s_normalized.cascade);
