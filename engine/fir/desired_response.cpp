@@ -44,15 +44,14 @@ double interpolate(const MagnitudeTable &table, double w) {
   return std::lerp(table.gain[i - 1], table.gain[i], fraction);
 }
 
+double desired_at(const FilterSpec &spec, int band, double w) {
+  if (spec.type == code(FilterType::multiband)) return spec.band_value[band];
+  return interpolate(magnitude_table(spec, band), w);
+}
+
 double step_below_band(const FilterSpec &spec, int band) {
-  double below, above;
-  if (spec.type == code(FilterType::multiband)) {
-    below = spec.band_value[band - 1];
-    above = spec.band_value[band];
-  } else {
-    below = interpolate(magnitude_table(spec, band - 1), spec.band_upper[band - 1]);
-    above = interpolate(magnitude_table(spec, band), spec.band_lower[band]);
-  }
+  const double below = desired_at(spec, band - 1, spec.band_upper[band - 1]);
+  const double above = desired_at(spec, band, spec.band_lower[band]);
   constexpr double rounding = 1e-12; // of edges between two points, and of gains given in dB
   const double step = std::abs(above - below);
   return step > rounding * std::max(std::abs(above), std::abs(below)) ? step : 0;

@@ -30,6 +30,8 @@ MagnitudeTable magnitude_table(const FilterSpec &spec, int band);
 /// Linear between the points; the first and the last gain hold beyond them.
 double interpolate(const MagnitudeTable &table, double w);
 
+/// Gain that a band of a multiband or arbitrary-magnitude specification asks for at `w`.
+double desired_at(const FilterSpec &spec, int band, double w);
 /// How far the desired gain of a multiband or arbitrary-magnitude specification steps between band `band` - 1 and the
 /// band behind it; 0 where it goes on without a step.
 double step_below_band(const FilterSpec &spec, int band);

@@ -46,12 +46,14 @@ static void post_failure(RemezStatus result, const OptimalReport &report) {
     post_message(Message::equiripple_memory);
     break;
   case RemezStatus::degenerate:
-    post_message(Message::extremal_set_degenerate);
+    post_message(Message::extremal_set_degenerate,
+                 "two extremal frequencies fell together" + what_would_do(design_record.spec));
     break;
   case RemezStatus::not_optimal:
     post_message(Message::exchange_failed,
                  formatf("the weighted error alternates %d times near its peak of %.3g, the optimum does so %d times",
-                         report.extrema, report.peak_error, report.required));
+                         report.extrema, report.peak_error, report.required) +
+                     what_would_do(design_record.spec));
     break;
   default:
     break;

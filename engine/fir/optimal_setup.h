@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <span>
+#include <string>
 
 namespace brisel {
 
@@ -24,6 +25,9 @@ void trace_samples(const DesignGrid &grid);
 void finish_optimal_entry(const char *title);
 /// The half response goes into the entry, which is finished and marked as designed.
 void store_optimal_design(std::span<const double> half, const char *title);
+
+/// End of a failure's detail: what would do instead, where that is known.
+std::string what_would_do(const FilterSpec &spec);
 
 /// Notes for the user: peak errors, gain between the bands, and whether the specification is met.
 void note_optimal_report(const BandPlan &plan, const OptimalReport &report);

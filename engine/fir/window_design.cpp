@@ -6,6 +6,7 @@
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/desired_response.h"
+#include "engine/fir/forced_zeros.h"
 #include "engine/fir/halfband.h"
 #include "engine/fir/ideal_response.h"
 #include "engine/fir/length_estimate.h"
@@ -101,18 +102,26 @@ static void note_halfband_miss(const FilterSpec &spec, bool compensated, const F
   design_notes.push_back(note);
 }
 
-/// A filter whose symmetry makes a zero where the specification asks for a gain.
-static void note_forced_zero(const FilterSpec &spec, bool compensated, const FirEntry &entry) {
-  if (entry.odd_length) return;
+/// Kept: without a centre tap a highpass or bandstop filter of even length comes out inverted.
+static void note_inverted(const FilterSpec &spec, bool compensated, const FirEntry &entry) {
   const auto type = static_cast<FilterType>(spec.type);
-  if (type != FilterType::high_pass && type != FilterType::band_stop) return;
-  std::string note = formatf("A %s of even length has a zero at half the sampling frequency",
-                             type == FilterType::high_pass ? "highpass" : "bandstop filter");
-  if (!compensated)
-    note += type == FilterType::high_pass
-                ? ", and its response is that of the lowpass with the same cutoff, inverted: it does not do its work"
-                : ", and its response is that of the bandpass with the same cutoffs, inverted: it does not do its work";
-  design_notes.push_back(note + ". Ask for an odd length.");
+  const bool high_pass = type == FilterType::high_pass;
+  if (entry.odd_length || compensated || (!high_pass && type != FilterType::band_stop)) return;
+  design_notes.push_back(formatf("The response of this %s is that of the %s, inverted: it does not do its work.",
+                                 high_pass ? "highpass filter" : "bandstop filter",
+                                 high_pass ? "lowpass with the same cutoff" : "bandpass with the same cutoffs"));
+}
+
+/// The ideal gain of a differentiator falls to 0 at its edges; the filter passes through the middle of that fall.
+static void note_differentiator_edges(const FilterSpec &spec) {
+  if (spec.type != code(FilterType::differentiator)) return;
+  std::string edges;
+  if (spec.passband_edge[0] > 0) edges = in_users_unit(spec.passband_edge[0]);
+  if (spec.passband_edge[1] < std::numbers::pi)
+    edges += (edges.empty() ? "" : " and ") + in_users_unit(spec.passband_edge[1]);
+  if (edges.empty()) return;
+  design_notes.push_back("The window method gives a differentiator half of the gain asked for at " + edges +
+                         ", whatever its length. The equiripple method keeps the ripple up to the edges.");
 }
 
 /// Bands without a gap between them whose gains differ.
@@ -176,7 +185,10 @@ bool fir_window_design(const FilterSpec &spec, FirEntry &entry) {
     }
 
   note_jump(spec);
-  note_forced_zero(spec, is_active(*compensation), entry);
+  note_differentiator_edges(spec);
+  for (std::string &note : forced_zero_notes(spec, FirSymmetry{entry.fir_type}, entry.odd_length))
+    design_notes.push_back(std::move(note));
+  note_inverted(spec, is_active(*compensation), entry);
   if (halfband) note_halfband_miss(spec, is_active(*compensation), entry);
   trace("\n Fir Filter Design\n");
   dump(entry);

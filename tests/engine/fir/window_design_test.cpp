@@ -665,9 +665,9 @@ TEST_F(WindowDesign, EvenHighpassAndBandstopAreInvertedAndSaySo) {
     spec.length = 40;
     design_notes.clear();
     ASSERT_TRUE(design(spec));
-    ASSERT_EQ(design_notes.size(), 1u);
+    ASSERT_EQ(design_notes.size(), 2u);
     EXPECT_NE(design_notes[0].find("zero at half the sampling frequency"), std::string::npos);
-    EXPECT_NE(design_notes[0].find("inverted"), std::string::npos);
+    EXPECT_NE(design_notes[1].find("inverted"), std::string::npos);
     EXPECT_NEAR(amplitude(pi), 0, 1e-14);
     FilterSpec other = spec;
     other.type = code(inverted);
@@ -694,6 +694,41 @@ FilterSpec halfband(int length, double attenuation) {
   s.passband_edge[0] = 1.2;
   s.stopband_ripple = attenuation;
   return s;
+}
+
+TEST_F(WindowDesign, SaysWhatTheMethodCannotDo) {
+  FilterSpec to_half = three_bands(FilterType::multiband), jump = to_half;
+  to_half.band_upper[2] = pi, to_half.band_value[2] = 1;
+  jump.band_lower[1] = jump.band_upper[0];
+  struct Case {
+    FilterSpec spec;
+    int length;
+    const char *words; // null: no note
+  };
+  using enum FilterType;
+  for (auto &[spec, length, words] : {
+           Case{with_edges(differentiator, {0, 0.9 * pi}, {}), 41, "half of the gain asked for at 3600 Hertz,"},
+           Case{with_edges(differentiator, {0.1 * pi, pi}, {}), 40, "half of the gain asked for at 400 Hertz,"},
+           Case{with_edges(differentiator, {0, pi}, {}), 41,
+                "half the sampling frequency, where a gain is asked for. An even"},
+           Case{with_edges(differentiator, {0, pi}, {}), 40, nullptr},
+           Case{with_edges(hilbert, {0.1, pi}, {}), 41, "An antisymmetric filter of odd length has a zero at half"},
+           Case{with_edges(hilbert, {0, 3}, {}), 41, "no Hilbert transformer works at 0"},
+           Case{with_edges(hilbert, {0.1, 3}, {}), 41, nullptr},
+           Case{to_half, 40, "An odd length avoids it"},
+           Case{to_half, 41, nullptr},
+           Case{jump, 41, "Bands 1 and 2 touch and their gains differ"},
+       }) {
+    FilterSpec asked = spec;
+    asked.length = length;
+    asked.slope = 1;
+    design_notes.clear();
+    ASSERT_TRUE(design(asked));
+    EXPECT_EQ(design_notes.size(), words ? 1u : 0u) << (words ? words : "no note");
+    if (words && !design_notes.empty()) {
+      EXPECT_NE(design_notes[0].find(words), std::string::npos) << design_notes[0];
+    }
+  }
 }
 
 TEST_F(WindowDesign, HalfbandHasItsZerosItsCentreAndItsSymmetry) {
