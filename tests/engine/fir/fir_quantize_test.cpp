@@ -86,6 +86,7 @@ TEST_F(FirQuantize, FloatingPointCutsMantissas) {
   EXPECT_EQ(taps(design_record.fir), (std::vector<double>{0.09375, 0.28125, -0.28125, -0.09375}));
   EXPECT_EQ(design_record.fir.gain, 1);
   EXPECT_EQ(design_record.selections.symmetry, code(FirSymmetry::antisymmetric));
+  EXPECT_TRUE(design_notes.empty());
 }
 
 TEST_F(FirQuantize, NotesWhatTheWordCannotHold) {
@@ -102,6 +103,12 @@ TEST_F(FirQuantize, NotesWhatTheWordCannotHold) {
     quantize(true, 8);
     EXPECT_TRUE(noted("All coefficients are zero"));
     EXPECT_EQ(design_record.fir.gain, 1);
+  }
+  for (const bool odd : {false, true}) {
+    design_notes.clear();
+    design({odd ? 0 : 0.3, 0.1}, odd, FirSymmetry::antisymmetric, FirScaling::half);
+    quantize(true, 8);
+    EXPECT_EQ(noted("breaks the symmetry"), !odd);
   }
 }
 
