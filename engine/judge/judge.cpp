@@ -52,6 +52,7 @@ template <class Value> Extreme largest(const std::vector<double> &w, const std::
     std::size_t i;
   };
   std::vector<Candidate> candidates;
+  constexpr double rounding = 1e-12; // on a plateau, whose end says more than any place on it
   Extreme best{values.front(), w.front()};
   if (values.back() > best.value) best = {values.back(), w.back()};
   for (std::size_t i = 1; i + 1 < w.size(); i++) {
@@ -67,7 +68,7 @@ template <class Value> Extreme largest(const std::vector<double> &w, const std::
   for (std::size_t k = 0; k < count; k++) {
     const std::size_t i = candidates[k].i;
     const Extreme found = refined(value, w[i - 1], w[i + 1], {values[i], w[i]});
-    if (found.value > best.value) best = found;
+    if (found.value > best.value + rounding * std::abs(best.value)) best = found;
   }
   return best;
 }

@@ -83,10 +83,8 @@ private:
                                                           6435, -5005, 3003, -1365, 455,  -105,  15,   -1};
 
   Complex at(std::int64_t i) const {
-    const auto half = static_cast<std::int64_t>(points / 2);
-    if (i < 0) return std::conj(spectrum[static_cast<std::size_t>(-i)]);
-    return i <= half ? spectrum[static_cast<std::size_t>(i)]
-                     : std::conj(spectrum[static_cast<std::size_t>(2 * half - i)]);
+    const std::size_t place = static_cast<std::uint64_t>(i) % points; // a power of two, so negative ones come out right
+    return place <= points / 2 ? spectrum[place] : std::conj(spectrum[points - place]);
   }
 
   double lobe; // between neighbouring extrema
@@ -212,8 +210,7 @@ std::span<const Complex> poles_of(const PoleZeroEntry &roots) {
 template <class Root> std::vector<Place> places_of(const PoleZeroEntry &roots, Root place) {
   std::vector<Place> places;
   const auto add = [&](std::span<const Complex> list) {
-    for (const Complex root : list)
-      if (root.imag() >= 0) places.push_back(place(root));
+    for (const Complex root : list) places.push_back(place(root));
   };
   add(poles_of(roots));
   add(std::span(roots.zeros).first(static_cast<std::size_t>(zero_count(roots))));
@@ -254,7 +251,8 @@ JudgedFilter judged_iir(const IirForms &forms, int realization) {
   if (!listed) cascade_to_pole_zero(Domain::z, forms.cascade, roots);
   const auto on_circle = [](Complex root) {
     const double radius = std::abs(root);
-    return radius == 0 ? Place{0, 1} : Place{std::abs(std::arg(root)), std::abs(1 - radius) / std::max(radius, 1.0)};
+    const double angle = root.imag() < 0 ? 2 * pi + std::arg(root) : std::arg(root); // bands may go on to 2 pi
+    return radius == 0 ? Place{0, 1} : Place{angle, std::abs(1 - radius) / std::max(radius, 1.0)};
   };
   JudgedFilter filter = searched([&forms, form](double w) { return gain_of(forms, form, w); },
                                  places_of(listed ? forms.pole_zero : roots, on_circle));
