@@ -75,8 +75,17 @@ template <class Value> Extreme largest(const std::vector<double> &w, const std::
 
 struct Extremes {
   Extreme largest{-INFINITY, 0}, smallest{INFINITY, 0};
+  bool zero = false;  // the smallest is a zero
   bool number = true; // no sample was NaN
 };
+
+/// A gain that is rounding alone, seen from not far away. Nothing but a zero is that deep and that narrow.
+template <class Value> bool is_zero(Value value, FrequencyBand piece, Extreme smallest) {
+  const double step = 1e-3 * (piece.high - piece.low);
+  const double beside =
+      std::max(value(std::max(piece.low, smallest.w - step)), value(std::min(piece.high, smallest.w + step)));
+  return smallest.value <= 1e-9 * beside;
+}
 
 /// Extremes of `value(gain, w)` over bands, cut at the kinks in which its derivative jumps.
 template <class Value>
@@ -95,7 +104,9 @@ Extremes extremes(const JudgedFilter &filter, const std::vector<FrequencyBand> &
     for (double &v : values) v = -v;
     const Extreme low = largest(samples.w, values, [&](double w) { return -at(w); });
     if (high.value > found.largest.value) found.largest = high;
-    if (-low.value < found.smallest.value) found.smallest = {-low.value, low.w};
+    if (!(-low.value < found.smallest.value)) return;
+    found.smallest = {-low.value, low.w};
+    found.zero = is_zero(at, piece, found.smallest);
   };
   for (const FrequencyBand band : bands) {
     double low = band.low;
@@ -155,7 +166,10 @@ private:
       }
       const Extremes &found = known->second;
       if (found.largest.value > all.largest.value) all.largest = found.largest;
-      if (found.smallest.value < all.smallest.value) all.smallest = found.smallest;
+      if (found.smallest.value < all.smallest.value) {
+        all.smallest = found.smallest;
+        all.zero = found.zero;
+      }
       all.number = all.number && found.number;
     }
     return all;
@@ -165,8 +179,7 @@ private:
     const Extremes ratio = pass(bands);
     if (!ratio.number) return {NAN, bands.front().low, Trouble::no_number};
     if (ratio.largest.value == 0) return {NAN, ratio.largest.w, Trouble::no_gain};
-    constexpr double rounding = 1e-13; // of the sums that make a gain of 0
-    if (ratio.smallest.value <= rounding * ratio.largest.value) return {INFINITY, ratio.smallest.w, Trouble::zero};
+    if (ratio.zero) return {INFINITY, ratio.smallest.w, Trouble::zero};
     const double above = in_db(ratio.largest.value), below = in_db(ratio.smallest.value);
     return {above - below, above > -below ? ratio.largest.w : ratio.smallest.w};
   }
@@ -257,12 +270,12 @@ std::optional<bool> meets(const Goals &goals, const JudgedFilter &filter) {
 
 GainRange gain_range(const JudgedFilter &filter, FrequencyBand band) {
   const Extremes found = extremes(filter, {band}, {}, [](double gain, double) { return gain; });
-  const auto figure = [&](Extreme extreme) {
+  const auto figure = [&](Extreme extreme, bool zero) {
     if (!found.number) return Figure{NAN, extreme.w, Trouble::no_number};
-    if (extreme.value <= 1e-13 * found.largest.value) return Figure{-INFINITY, extreme.w, Trouble::zero};
+    if (zero) return Figure{-INFINITY, extreme.w, Trouble::zero};
     return Figure{in_db(extreme.value), extreme.w};
   };
-  GainRange range{figure(found.largest), figure(found.smallest)};
+  GainRange range{figure(found.largest, found.largest.value == 0), figure(found.smallest, found.zero)};
   const bool infinite = filter.trouble == Trouble::pole_on_circle || filter.trouble == Trouble::pole_on_axis;
   if (infinite && filter.trouble_at >= band.low && filter.trouble_at <= band.high)
     range.largest = {INFINITY, filter.trouble_at, filter.trouble};

@@ -185,7 +185,7 @@ std::vector<double> places_around(FrequencyBand band, const std::vector<Place> &
   if (!(band.high > band.low)) return {band.low, band.high};
   const double width = band.high - band.low;
   std::vector<double> w;
-  append_clustered(band.low, band.high, 1024, w);
+  append_clustered(band.low, band.high, 256, w);
   const auto add = [&](double x) {
     if (x > band.low && x < band.high) w.push_back(x);
   };
