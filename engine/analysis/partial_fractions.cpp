@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 
 namespace brisel {
 
@@ -32,12 +33,21 @@ struct Remainder {
 Remainder remainder(const Triple &p, const Denominator &d) {
   const Wide a1 = d.a1, a0 = d.a0;
   if (d.degree == 1) return {(Wide(p[0]) * -a0 + p[1]) * -a0 + p[2], 0};
+  if (p[0] == 0) return {p[2], p[1]};
+  if (p[0] == 1) return {p[2] - a0, p[1] - a1};
   return {p[2] - p[0] * a0, p[1] - p[0] * a1};
 }
 
 Remainder multiply(const Remainder &p, const Remainder &q, const Denominator &d) {
   const Wide vv = p.v * q.v;
   return {p.u * q.u - vv * Wide(d.a0), p.u * q.v + p.v * q.u - vv * Wide(d.a1)};
+}
+
+Remainder power(Remainder p, int exponent, const Denominator &d) {
+  Remainder result{1, 0};
+  for (; exponent > 0; exponent /= 2, p = multiply(p, p, d))
+    if (exponent % 2) result = multiply(result, p, d);
+  return result;
 }
 
 Triple triple(const Denominator &d) {
@@ -134,7 +144,7 @@ void separate_real_poles(Domain domain, std::vector<Denominator> &terms) {
 
 bool cascade_to_parallel(Domain domain, const SectionEntry &cascade, SectionEntry &parallel) {
   std::vector<Denominator> terms;
-  std::vector<Triple> numerators;
+  std::map<Triple, int> numerators; // and how often each occurs: most families repeat one
   Wide gain = cascade.gain, direct = 1;
   int zeros = 0, poles = 0;
   for (int k = 0; k < cascade.section_count; k++) {
@@ -146,7 +156,7 @@ bool cascade_to_parallel(Domain domain, const SectionEntry &cascade, SectionEntr
     direct *= Wide(s.numerator[2 - s.numerator_degree]);
     zeros += s.numerator_degree;
     poles += s.denominator_degree;
-    numerators.push_back(s.numerator);
+    numerators[s.numerator]++;
     if (s.denominator_degree > 0)
       terms.push_back({s.denominator_degree, s.denominator_degree == 2 ? d[1] / lead : 0, d[2] / lead});
   }
@@ -163,15 +173,13 @@ bool cascade_to_parallel(Domain domain, const SectionEntry &cascade, SectionEntr
   parallel.shift = {};
   for (std::size_t k = 0; k < terms.size(); k++) {
     const Denominator &d = terms[k];
-    Remainder numerator{gain, 0};
-    Wide norm = 1; // 1 / q = conjugate of q / norm of q
-    for (const Triple &n : numerators) numerator = multiply(numerator, remainder(n, d), d);
-    for (std::size_t j = 0; j < terms.size(); j++) {
-      if (j == k) continue;
-      const Remainder q = remainder(triple(terms[j]), d);
-      numerator = multiply(numerator, {q.u - q.v * Wide(d.a1), -q.v}, d);
-      norm *= q.u * q.u - q.u * q.v * Wide(d.a1) + q.v * q.v * Wide(d.a0);
-    }
+    Remainder numerator{gain, 0}, others{1, 0};
+    for (const auto &[n, count] : numerators) numerator = multiply(numerator, power(remainder(n, d), count, d), d);
+    for (std::size_t j = 0; j < terms.size(); j++)
+      if (j != k) others = multiply(others, remainder(triple(terms[j]), d), d);
+    // 1 / q = conjugate of q / norm of q
+    numerator = multiply(numerator, {others.u - others.v * Wide(d.a1), -others.v}, d);
+    const Wide norm = others.u * others.u - others.u * others.v * Wide(d.a1) + others.v * others.v * Wide(d.a0);
     const double u = static_cast<double>(numerator.u / norm), v = static_cast<double>(numerator.v / norm);
     if (!std::isfinite(u) || !std::isfinite(v)) return false;
     const bool in_z = domain == Domain::z;

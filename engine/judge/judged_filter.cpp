@@ -31,7 +31,7 @@ class TapResponse {
 public:
   TapResponse(std::span<const double> taps, double gain)
       : lobe(2 * pi / static_cast<double>(taps.size())),
-        points(std::bit_ceil(16 * std::max<std::size_t>(taps.size(), 4))), step(2 * pi / static_cast<double>(points)) {
+        points(std::bit_ceil(8 * std::max<std::size_t>(taps.size(), 4))), step(2 * pi / static_cast<double>(points)) {
     std::vector<double> in(points);
     for (std::size_t k = 0; k < taps.size(); k++) in[(k + points - taps.size() / 2) % points] = taps[k] * gain;
     Eigen::FFT<double> fft;
@@ -43,8 +43,8 @@ public:
     const double place = w / step, below = std::floor(place);
     const auto first = static_cast<std::int64_t>(below) - order / 2;
     if (place == below) return std::abs(at(first + order / 2));
-    // Sixteen and more points lie between neighbouring extrema, so that a polynomial through sixteen of them leaves
-    // 1e-16. Barycentric form: the weights of even steps are binomial coefficients of alternating sign.
+    // Eight and more points lie between neighbouring extrema, so that a polynomial through 24 of them leaves 1e-17.
+    // Barycentric form: the weights of even steps are binomial coefficients of alternating sign.
     Complex sum = 0;
     double weights = 0;
     for (int k = 0; k <= order; k++) {
@@ -78,9 +78,12 @@ public:
   }
 
 private:
-  static constexpr int order = 15;
-  static constexpr std::array<double, order + 1> binomial{1,    -15,   105,  -455,  1365, -3003, 5005, -6435,
-                                                          6435, -5005, 3003, -1365, 455,  -105,  15,   -1};
+  static constexpr int order = 23;
+  static constexpr std::array<double, order + 1> binomial = [] {
+    std::array<double, order + 1> weights{1};
+    for (int k = 0; k < order; k++) weights[k + 1] = -weights[k] * (order - k) / (k + 1); // exact in doubles
+    return weights;
+  }();
 
   Complex at(std::int64_t i) const {
     const std::size_t place = static_cast<std::uint64_t>(i) % points; // a power of two, so negative ones come out right
