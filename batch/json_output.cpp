@@ -2,6 +2,7 @@
 
 #include "batch/job.h"
 #include "batch/units.h"
+#include "engine/analysis/form_conversions.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
 #include "engine/fir/run_selections.h"
@@ -107,27 +108,36 @@ Json root_list(std::span<const std::complex<double>> roots) {
   return list;
 }
 
+Json ladder_json(const LadderEntry &ladder) {
+  return Json{{"gain", coefficient(ladder.gain)},
+              {"lead", leading(ladder.alpha, ladder.lead)},
+              {"alpha", leading(ladder.alpha, 2 * ladder.order + 1, ladder.lead)}};
+}
+
 /// The forms that exist; one that could not be derived has no coefficients.
 void add_forms(const IirForms &forms, Json &out) {
-  if (forms.cascade.section_count > 0) out["cascade"] = cascade_json(forms.cascade);
-  if (forms.parallel.section_count > 0) out["parallel"] = parallel_json(forms.parallel);
+  const auto exists = [&](RealizationForm form) { return form_exists(forms, form); };
+  if (exists(RealizationForm::cascade)) out["cascade"] = cascade_json(forms.cascade);
+  if (exists(RealizationForm::parallel)) out["parallel"] = parallel_json(forms.parallel);
   const RatioEntry &ratio = forms.ratio;
-  if (ratio.denominator_order + ratio.numerator_order > 0)
+  if (exists(RealizationForm::ratio))
     out["ratio"] = Json{{"gain", coefficient(ratio.gain)},
                         {"numerator", leading(ratio.numerator, ratio.numerator_order + 1)},
                         {"denominator", leading(ratio.denominator, ratio.denominator_order + 1)}};
   const PoleZeroEntry &roots = forms.pole_zero;
   const auto poles = static_cast<std::size_t>(roots.real_poles + roots.complex_poles);
   const auto zeros = static_cast<std::size_t>(roots.real_zeros + roots.complex_zeros);
-  if (poles + zeros > 0)
+  if (roots.gain != 0)
     out["pole_zero"] = Json{{"gain", coefficient(roots.gain)},
                             {"poles", root_list({roots.poles.data(), poles})},
                             {"zeros", root_list({roots.zeros.data(), zeros})}};
   const LatticeEntry &lattice = forms.lattice;
-  if (lattice.order > 0)
+  if (exists(RealizationForm::lattice))
     out["lattice"] = Json{{"gain", coefficient(lattice.gain)},
                           {"kappa", leading(lattice.kappa, lattice.order, 1)},
                           {"gamma", leading(lattice.gamma, lattice.order + lattice.lead + 1)}};
+  if (exists(RealizationForm::ladder_1)) out["ladder_1"] = ladder_json(forms.ladder_1);
+  if (exists(RealizationForm::ladder_2)) out["ladder_2"] = ladder_json(forms.ladder_2);
 }
 
 /// `delay_ripple`: of the sections that make a delay, where there are any.
@@ -243,7 +253,16 @@ void write(const Json &value, int indent, std::string &out) {
   out += "\n" + std::string(static_cast<std::size_t>(indent), ' ') + (value.is_object() ? "}" : "]");
 }
 
-std::string text_of(const Json &value) {
+/// A zero that rounding reached from below is a zero.
+void drop_negative_zeros(Json &value) {
+  if (value.is_structured())
+    for (Json &item : value) drop_negative_zeros(item);
+  else if (value.is_number_float() && value == 0.0)
+    value = 0.0;
+}
+
+std::string text_of(Json value) {
+  drop_negative_zeros(value);
   std::string out;
   write(value, 0, out);
   return out + "\n";

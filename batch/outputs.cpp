@@ -13,6 +13,7 @@
 #include "engine/core/messages.h"
 #include "engine/core/start_up.h"
 #include "engine/files/coefficient_file.h"
+#include "engine/files/design_report.h"
 #include "engine/files/plot_data.h"
 #include "engine/files/spec_file.h"
 #include "engine/files/system_file.h"
@@ -82,6 +83,7 @@ std::string text_or_failure(std::optional<std::string> text, const std::string &
 std::string specification_text(const std::string &path, const BatchFrontEnd &front_end) {
   FilterSpec saved = design_record.loaded;
   saved.unit = design_record.selections.FrequencyMode;
+  if (std::string note = changed_by_columns(saved); !note.empty()) design_notes.push_back(std::move(note));
   return text_or_failure(format_filter_spec(saved), path, front_end);
 }
 
@@ -224,6 +226,8 @@ void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
   if (!job.adsp218x.empty()) add_dsp_code("--adsp218x", DspFamily::adsp218x, job.adsp218x, front_end, outputs);
   if (!job.dsp56800.empty()) add_dsp_code("--dsp56800", DspFamily::dsp56800, job.dsp56800, front_end, outputs);
   if (!job.dspic30.empty()) add_dspic30(job, front_end, outputs);
+  if (job.detail && !fits_response_tables())
+    fail(job.report + ": the result holds values that the tables of its responses cannot; leave out --detail");
   if (!job.report.empty()) outputs.add(job.report, report_text());
   if (!job.trace.empty()) outputs.add(job.trace, trace_text());
   const std::vector<Judgement> judgements = judge_design();

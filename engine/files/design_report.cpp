@@ -8,6 +8,7 @@
 #include "engine/iir/iir_quantize.h"
 
 #include <algorithm>
+#include <cmath>
 #include <span>
 
 namespace brisel {
@@ -202,6 +203,16 @@ std::string format_iir_report(const DesignRecord &r) {
   return out;
 }
 
+bool fits_response_tables() {
+  const PlotArrays &p = plot_arrays;
+  const auto finite = [](std::span<const double> values) {
+    return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
+  };
+  for (const auto *over_frequency : {&p.frequency, &p.magnitude, &p.log_magnitude, &p.phase, &p.group_delay})
+    if (!finite(std::span(*over_frequency).first(p.frequency_count))) return false;
+  return finite(std::span(p.impulse).first(p.time_count)) && finite(std::span(p.step).first(p.time_count));
+}
+
 std::string format_response_tables(const DesignRecord &r) {
   std::string out = "\n   Frequency     Magnitude     Log Magnitude Phase         Group Delay\n";
   const PlotArrays &p = plot_arrays;
@@ -230,7 +241,10 @@ void detail_output() {
   out += separator;
   out += is_fir_result() ? format_fir_report(r) : format_iir_report(r);
   out += separator;
-  if (r.plot.detout) out += format_response_tables(r);
+  if (r.plot.detout && fits_response_tables())
+    out += format_response_tables(r);
+  else if (r.plot.detout)
+    out += "\n   The responses hold values that are not finite: there are no tables of them.\n";
   report("%s", out.c_str());
   reopen_system_files();
 }

@@ -17,6 +17,8 @@ void detail_output();
 /// The design part of the report for FIR and for IIR results.
 std::string format_fir_report(const DesignRecord &record);
 std::string format_iir_report(const DesignRecord &record);
+/// False when a response in `plot_arrays` is not finite: no table can hold it, and the report says so instead.
+bool fits_response_tables();
 /// The tables of the frequency and time responses in `plot_arrays`.
 std::string format_response_tables(const DesignRecord &record);
 

@@ -414,6 +414,65 @@ Status read_filter_spec_text(std::string_view text, FilterSpec &spec, SpecReadin
   return read(reader);
 }
 
+namespace {
+
+// By field; the two counts are whole numbers.
+constexpr std::array field_names{"sampling frequency",
+                                 "passband edge",
+                                 "stopband edge",
+                                 "passband ripple",
+                                 "stopband ripple",
+                                 "symbol rate",
+                                 "rolloff factor",
+                                 "slope",
+                                 "",
+                                 "lower edge of band",
+                                 "upper edge of band",
+                                 "value of band",
+                                 "ripple of band",
+                                 "",
+                                 "frequency of point",
+                                 "value of point"};
+
+bool is_frequency(SpecField field) {
+  constexpr std::array fields{SpecField::sampling_frequency, SpecField::passband_edge, SpecField::stopband_edge,
+                              SpecField::symbol_rate,        SpecField::band_lower,    SpecField::band_upper,
+                              SpecField::function_frequency};
+  return std::find(fields.begin(), fields.end(), field) != fields.end();
+}
+
+} // namespace
+
+std::string changed_by_columns(const FilterSpec &spec) {
+  constexpr double rounding = 1e-9;
+  constexpr int most_listed = 4;
+  const auto text = format_filter_spec(spec);
+  FilterSpec back{};
+  SpecReading reading;
+  if (!text || read_filter_spec_text(*text, back, &reading) != success) return "";
+  settle_edges(back);
+  const double unit = in_radians(spec) ? 1 : inverse_two_pi;
+  const char *const unit_name = in_radians(spec) ? " rad/s" : " Hz";
+  std::string list;
+  int changed = 0;
+  for (const auto &[field, index, line] : reading.places) {
+    const std::string name = field_names[static_cast<std::size_t>(field)];
+    // An arbitrary magnitude's values may be rewritten on purpose, see the writer.
+    const bool rewritten = field == SpecField::band_value && is_type(spec, FilterType::arbitrary_magnitude);
+    if (name.empty() || rewritten) continue;
+    const double meant = spec_value(spec, field, index), written = spec_value(std::as_const(back), field, index);
+    if (std::fabs(written - meant) <= rounding * std::fabs(meant) || ++changed > most_listed) continue;
+    const bool frequency = is_frequency(field);
+    const double factor = frequency ? unit : 1;
+    const std::string number = field >= SpecField::band_lower ? formatf(" %d", index + 1) : "";
+    list += formatf("%s%s%s %.12g%s as %.12g", list.empty() ? "" : ", ", name.c_str(), number.c_str(), meant * factor,
+                    frequency ? unit_name : "", written * factor);
+  }
+  if (changed == 0) return "";
+  if (changed > most_listed) list += formatf(" and %d more", changed - most_listed);
+  return "The columns of the specification file do not hold every digit; it has " + list + ".";
+}
+
 bool write_filter_spec(const std::string &path, const FilterSpec &spec, std::string *why) {
   std::string reason;
   const auto text = format_filter_spec(spec);

@@ -17,6 +17,10 @@ std::optional<std::string> format_filter_spec(const FilterSpec &spec);
 /// The same without the first line, which only names the kind of file.
 std::optional<std::string> format_filter_spec_body(const FilterSpec &spec);
 
+/// What the columns of the file change: six digits of a frequency and four of a ripple are not always the value. One
+/// sentence, empty when the file holds everything.
+std::string changed_by_columns(const FilterSpec &spec);
+
 /// Where a reader stands and what it found.
 struct SpecReading {
   struct Place {

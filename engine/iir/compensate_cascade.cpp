@@ -16,7 +16,7 @@ namespace brisel {
 
 namespace {
 
-constexpr double flat_droop_db = 1e-3; // a tenth of what sections are asked for at most
+constexpr double flat_droop = 0.1; // of what sections are asked for: none are needed
 
 // Largest gain of a cascade in some bands, in dB, with the droop that a compensation undoes where one is given.
 double peak_db(const SectionEntry &cascade, const std::vector<FrequencyBand> &bands, const Compensation &droop) {
@@ -56,7 +56,7 @@ std::string curve_name(const Compensation &compensation) {
 } // namespace
 
 double enough_compensation(double passband_ripple) {
-  return std::max(0.1 * passband_ripple, 0.01);
+  return std::min(std::max(0.1 * passband_ripple, 0.01), passband_ripple / 2);
 }
 
 std::optional<CompensationPlan> plan_compensation() {
@@ -72,7 +72,7 @@ std::optional<CompensationPlan> plan_compensation() {
     }
   const DroopGoal goal{passbands(spec), [&](double w) { return compensation_db(*compensation, w); }};
   plan.droop_db = droop_range(goal);
-  if (plan.droop_db < flat_droop_db) {
+  if (plan.droop_db < flat_droop * enough_compensation(spec.passband_ripple)) {
     plan.fit.residual_db = plan.droop_db;
     return plan;
   }
@@ -89,7 +89,8 @@ std::optional<CompensationPlan> plan_compensation() {
 }
 
 double ripple_beside(const CompensationPlan &plan, double passband_ripple) {
-  return std::max(passband_ripple - plan.fit.residual_db, passband_ripple / 2);
+  const double left = passband_ripple - plan.fit.residual_db;
+  return left > 0.1 * passband_ripple ? left : passband_ripple / 2;
 }
 
 bool compensate_cascade(const CompensationPlan &plan) {
@@ -122,6 +123,10 @@ bool compensate_cascade(const CompensationPlan &plan) {
                   "%.2f dB; the filter without these sections has %.2f dB.",
                   sections.section_count, one ? "" : "s", one ? "s" : "", residual, plan.droop_db, peak, attenuation,
                   before);
+  const double together = residual + ripple_beside(plan, spec.passband_ripple);
+  if (together > spec.passband_ripple * (1 + 1e-9))
+    note += formatf(" Filter and sections cannot keep the passband ripple asked for: together they have up to %.3g dB.",
+                    together);
   const double enough = enough_compensation(spec.passband_ripple);
   if (residual > enough) note += formatf(" %.3g dB would be enough, but more sections come no closer.", enough);
   constexpr double shown = 0.005; // half of the last digit

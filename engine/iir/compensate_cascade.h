@@ -10,7 +10,7 @@ namespace brisel {
 
 inline constexpr int max_compensation_sections = 4;
 
-/// Residual that is small enough for a passband ripple, both in dB.
+/// Residual that is small enough for a passband ripple, both in dB: never more than half of it.
 double enough_compensation(double passband_ripple);
 
 /// The sections for one design; none where the droop is flat or nothing is to be compensated.
@@ -24,7 +24,8 @@ struct CompensationPlan {
 /// after a message, where none do.
 std::optional<CompensationPlan> plan_compensation();
 
-/// Passband ripple for which the filter itself is to be designed: what the residual leaves of the specification's.
+/// Passband ripple for which the filter itself is to be designed: what the residual leaves of the specification's, or
+/// half of that where it leaves next to nothing.
 double ripple_beside(const CompensationPlan &plan, double passband_ripple);
 
 /// Appends the sections to the record's digital cascade, sets its peak to 1, fills the record's `compensation` and

@@ -42,6 +42,7 @@ void cBriselApp::Output_CreateSpecficationFile() {
   current_spec->unit = design_state.FrequencyMode;
   std::string why;
   if (!write_filter_spec(path.toStdString(), *current_spec, &why)) return post_message(Message::write_failed, why);
+  if (const std::string note = changed_by_columns(*current_spec); !note.empty()) front.show_text(note);
   written(FileCommand::create_specification, path);
 }
 

@@ -254,11 +254,46 @@ TEST_F(Methods, IirOptionsReachTheDesign) {
     EXPECT_EQ(quantized["quantization"][key].size(), sections + 1) << key;
 }
 
+TEST_F(Methods, JsonHasEveryFormThatExists) {
+  const Json designed = design("lowpass.spc --realization ladder-1 --order 4")["iir"];
+  for (const char *ladder : {"ladder_1", "ladder_2"}) EXPECT_EQ(designed[ladder]["alpha"].size(), 9u) << ladder;
+
+  const std::string start = "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - PRODUCT OF 2ND ORDER SECTIONS\n"
+                            "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nINITIAL GAIN  5.00000000e-01\n"
+                            "NUMBER OF SECTIONS   1\nNUMERATOR COEFFICIENTS\n";
+  const std::string rest = " 0.00000000e+00  0.00000000e+00\n";
+  shop.write("gain.inp", start + " 3.00000000e+00 " + rest + "DENOMINATOR COEFFICIENTS\n 1.00000000e+00 " + rest);
+  const Outcome gain = shop.run("analyze gain.inp --json -");
+  EXPECT_EQ(gain.out.find("-0.0,"), std::string::npos) << "its phase is 0";
+  const Json forms = Json::parse(gain.out)["iir"];
+  EXPECT_EQ(forms["cascade"], Json::parse(R"({"gain": 1.5, "sections": []})"));
+  EXPECT_EQ(forms["pole_zero"], Json::parse(R"({"gain": 1.5, "poles": [], "zeros": []})"));
+  EXPECT_EQ(forms["lattice"], Json::parse(R"({"gain": 1.5, "kappa": [], "gamma": [1.0]})"));
+  EXPECT_EQ(forms["ladder_1"], Json::parse(R"({"gain": 1.5, "lead": [], "alpha": [1.0]})"));
+
+  std::string huge = example("lattice.inp");
+  shop.write("huge.inp", huge.replace(huge.find(" 2.50000000e-01"), 15, " 1.00000000e308"));
+  const Outcome refused = shop.run("analyze huge.inp --report a.rep --detail");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(refused.is_one_line()) << refused.err;
+}
+
+// 0.005 dB, less than what compensation sections used to leave.
+TEST_F(Methods, CompensationKeepsASmallRipple) {
+  std::string tight = example("lowpass.spc");
+  shop.write("tight.spc", tight.replace(tight.find("-.1000E+00"), 10, "-.5000E-02"));
+  const Json result = design("tight.spc --compensation sinc");
+  EXPECT_EQ(result["attained"][0]["quantity"], "ripple");
+  EXPECT_EQ(result["attained"][0]["met"], true) << result["attained"][0];
+}
+
 TEST_F(Methods, JsonSaysWhatQuantizationDid) {
   std::string narrow = example("lowpass.spc");
   for (const auto &[from, to] : {std::pair{"0.120000E+04", "0.200000E+02"}, {"0.168000E+04", "0.280000E+02"}})
     narrow.replace(narrow.find(from), 12, to);
   shop.write("narrow.spc", narrow);
+  std::string exact = example("lowpass.spc"); // more digits than its columns hold
+  shop.write("exact.spc", exact.replace(exact.find("0.800000E+04"), 12, "8000.125    "));
   struct Row {
     const char *arguments, *type, *note;
     int notes; // that begin so
@@ -270,7 +305,12 @@ TEST_F(Methods, JsonSaysWhatQuantizationDid) {
                          Row{"lowpass.spc --quantize fixed --realization parallel", "fixed", truncated, 0},
                          Row{"narrow.spc --quantize fixed --structure canonic", "fixed", shifted, 1},
                          Row{"narrow.spc --quantize fixed --structure canonic", "fixed", "The quantized filter is", 1},
-                         Row{"narrow.spc --quantize fixed", "fixed", shifted, 0}}) {
+                         Row{"narrow.spc --quantize fixed", "fixed", shifted, 0},
+                         Row{"exact.spc --quantize fixed --spc a.spc", "fixed",
+                             "The columns of the specification file do not hold every digit; it has sampling frequency "
+                             "8000.125 Hz as 8000.13.",
+                             1},
+                         Row{"lowpass.spc --quantize fixed --spc a.spc", "fixed", "The columns", 0}}) {
     const Json result = design(row.arguments), notes = result.value("notes", Json::array());
     EXPECT_EQ(result["quantization"]["type"], row.type) << row.arguments;
     const auto begins = [&](const Json &note) { return note.get<std::string>().starts_with(row.note); };

@@ -261,7 +261,7 @@ TEST_F(CompensateCascade, RefusesWhatHasNoSections) {
        {1, 8, 2, 1},
        0,
        Message::compensation_null,
-       "the comb has a null at 3.14159 Radians/Sec."},
+       "the comb has a null at 3.14159 rad/s"},
       {"a null in the passband", band_rows[2], {1, 8, 7, 1}, 0, Message::compensation_null, "null at 0.897598 "},
       {"a null in the upper passband", band_rows[3], {1, 8, 3, 1}, 0, Message::compensation_null, "null at 2.0944 "},
       {"too many stages", band_rows[1], {1, 8, 1, 127}, 0, Message::iir_compensation_refused, "4 sections leave "},
