@@ -707,8 +707,8 @@ TEST_F(WindowDesign, SaysWhatTheMethodCannotDo) {
   };
   using enum FilterType;
   for (auto &[spec, length, words] : {
-           Case{with_edges(differentiator, {0, 0.9 * pi}, {}), 41, "half of the gain asked for at 3600 Hertz,"},
-           Case{with_edges(differentiator, {0.1 * pi, pi}, {}), 40, "half of the gain asked for at 400 Hertz,"},
+           Case{with_edges(differentiator, {0, 0.9 * pi}, {}), 41, "half of the gain asked for at 3600 Hz,"},
+           Case{with_edges(differentiator, {0.1 * pi, pi}, {}), 40, "half of the gain asked for at 400 Hz,"},
            Case{with_edges(differentiator, {0, pi}, {}), 41,
                 "half the sampling frequency, where a gain is asked for. An even"},
            Case{with_edges(differentiator, {0, pi}, {}), 40, nullptr},
