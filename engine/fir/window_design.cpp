@@ -102,6 +102,21 @@ static void note_halfband_miss(const FilterSpec &spec, bool compensated, const F
   design_notes.push_back(note);
 }
 
+/// The square root of a raised cosine ends in a slope without bound, which a window follows only slowly.
+static void note_root_raised_cosine_miss(const FilterSpec &spec, const FirEntry &entry) {
+  const double edge = spec.stopband_edge[0], offset = entry.odd_length ? 0 : 0.5;
+  double gain = entry.odd_length ? -entry.coeff[0] * entry.window[0] : 0; // the centre is there once only
+  for (int k = 0; k < entry.unique_count; k++)
+    gain += 2 * entry.coeff[k] * entry.window[k] * std::cos((k + offset) * edge);
+  const double reached = -20 * std::log10(std::abs(gain));
+  if (edge > std::numbers::pi || reached >= spec.stopband_ripple) return;
+  design_notes.push_back(
+      formatf("At the edge of its stopband the root raised cosine filter is down %.1f dB, %.1f dB less "
+              "than asked for: so steep an end takes the window method very many taps. The "
+              "equiripple method needs fewer.",
+              reached, spec.stopband_ripple - reached));
+}
+
 /// Kept: without a centre tap a highpass or bandstop filter of even length comes out inverted.
 static void note_inverted(const FilterSpec &spec, bool compensated, const FirEntry &entry) {
   const auto type = static_cast<FilterType>(spec.type);
@@ -189,6 +204,7 @@ bool fir_window_design(const FilterSpec &spec, FirEntry &entry) {
   for (std::string &note : forced_zero_notes(spec, FirSymmetry{entry.fir_type}, entry.odd_length))
     design_notes.push_back(std::move(note));
   note_inverted(spec, is_active(*compensation), entry);
+  if (spec.type == code(FilterType::root_raised_cosine)) note_root_raised_cosine_miss(spec, entry);
   if (halfband) note_halfband_miss(spec, is_active(*compensation), entry);
   trace("\n Fir Filter Design\n");
   dump(entry);

@@ -785,10 +785,12 @@ TEST_F(WindowDesign, CompensatedHalfbandIsRightInItsPassbandAndAdmitsItsStopband
   EXPECT_NE(design_notes[0].find("image of the passband"), std::string::npos);
 }
 
-TEST_F(WindowDesign, Traces) {
+TEST_F(WindowDesign, TracesAndSaysWhatARootRaisedCosineTakes) {
   FilterSpec spec = with_edges(FilterType::root_raised_cosine, {0.8, 0}, {1.2, 0});
   spec.length = 5;
   ASSERT_TRUE(design(spec));
+  ASSERT_EQ(design_notes.size(), 1u);
+  EXPECT_NE(design_notes[0].find("The equiripple method needs fewer."), std::string::npos);
   EXPECT_NE(trace_text().find("\n Fir Filter Design\n"), std::string::npos);
   EXPECT_EQ(trace_text().find("Fir Filter Entry"), std::string::npos);
   trace_on = 2;

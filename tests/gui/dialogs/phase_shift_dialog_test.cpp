@@ -152,7 +152,7 @@ TEST_F(PhaseShiftDialogTest, AWrongFieldIsMarkedAndOkWaits) {
       // Which zeros there are to choose from is told as soon as everything else is right.
       EXPECT_EQ(result_text(dialog), QString(row.reason).contains("number") || row.field != QString("pRealZero_Edit")
                                          ? ""
-                                         : "Real zero values that work: from 2.417 to 2269");
+                                         : "Real zero values that work: from 2.417 to 2269; 4.61 is in their middle");
       next(dialog); // Enter does nothing
       EXPECT_TRUE(dialog.isVisible());
       type(dialog, row.field, right);
