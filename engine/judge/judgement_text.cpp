@@ -62,6 +62,7 @@ std::string goal_text(const Goal &goal) {
   case Quantity::attenuation:
     break;
   }
+  if (goal.band == "passbands") return "ripple of both passbands";
   return goal.band + " " + std::string(quantity_row(goal.quantity).name);
 }
 
