@@ -5,6 +5,7 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
 #include "engine/core/design_state.h"
+#include "engine/files/saved_filter.h"
 #include "engine/files/text_file.h"
 #include "engine/fir/compensation.h"
 #include "engine/iir/allpass_delay.h"
@@ -276,6 +277,9 @@ const std::vector<OptionRow> &option_rows() {
       {"--spc", "FILE", OutputPath{&Job::spc}, Group::output, for_design, with_any, "specification file"},
       {"--flt", "FILE", OutputPath{&Job::flt}, Group::output, for_results, with_any, "filter coefficient file"},
       {"--inp", "FILE", OutputPath{&Job::inp}, Group::output, for_results, with_any, "system analysis file"},
+      {"--digits", "N", Number{&Job::digits, min_file_digits, max_file_digits}, Group::output, for_results, with_any,
+       "significant digits of the reals in the system analysis file, and of those of IIR filters in the coefficient "
+       "file; default: 9 (10 for taps, poles and zeros) and 8, more where these do not hold the response to 0.05 dB"},
       {"--plot-data", "BASE", OutputPath{&Job::plot_data}, Group::output, for_results, with_any,
        "tables of the responses: BASE.gdl .imp .lmn .mag .pha .stp"},
       {"--plots", "DIR", OutputPath{&Job::plots}, Group::output, for_results, with_any,
@@ -669,6 +673,7 @@ void refuse_unused_options(const Job &job, int method) {
     needs(&Job::trace_level, !job.trace.empty(), "--trace");
     needs(&Job::cocentric_format, !job.cocentric.empty(), "--cocentric");
     needs(&Job::cocentric_comments, !job.cocentric.empty(), "--cocentric");
+    needs(&Job::digits, !job.flt.empty() || !job.inp.empty(), "--flt or --inp");
     needs(&Job::data_stage, !job.data.empty(), "--data");
     needs(&Job::data_notation, !job.data.empty(), "--data");
     needs(&Job::data_layout, !job.data.empty(), "--data");

@@ -12,11 +12,10 @@
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/messages.h"
 #include "engine/core/start_up.h"
-#include "engine/files/coefficient_file.h"
 #include "engine/files/design_report.h"
 #include "engine/files/plot_data.h"
+#include "engine/files/saved_filter.h"
 #include "engine/files/spec_file.h"
-#include "engine/files/system_file.h"
 #include "engine/judge/design_judgement.h"
 
 #include <filesystem>
@@ -78,6 +77,13 @@ namespace {
 std::string text_or_failure(std::optional<std::string> text, const std::string &path, const BatchFrontEnd &front_end) {
   if (!text) fail(front_end.failure(path + ": the result holds values that this file cannot"));
   return std::move(*text);
+}
+
+void add_saved(const std::string &path, std::optional<SavedFilter> saved, const BatchFrontEnd &front_end,
+               Outputs &outputs) {
+  if (!saved) fail(front_end.failure(path + ": the result holds values that this file cannot"));
+  if (!saved->note.empty()) design_notes.push_back(saved->note);
+  outputs.add(path, std::move(saved->text));
 }
 
 std::string specification_text(const std::string &path, const BatchFrontEnd &front_end) {
@@ -216,9 +222,9 @@ void add_dspic30(const Job &job, const BatchFrontEnd &front_end, Outputs &output
 void add_results(const Job &job, BatchFrontEnd &front_end, Outputs &outputs) {
   front_end.messages_to_notes();
   if (!job.spc.empty()) outputs.add(job.spc, specification_text(job.spc, front_end));
-  if (!job.flt.empty())
-    outputs.add(job.flt, text_or_failure(format_current_coefficient_file(design_state.fleng), job.flt, front_end));
-  if (!job.inp.empty()) outputs.add(job.inp, text_or_failure(format_current_system_file(), job.inp, front_end));
+  const int digits = job.digits.value_or(0);
+  if (!job.flt.empty()) add_saved(job.flt, save_current_coefficients(digits), front_end, outputs);
+  if (!job.inp.empty()) add_saved(job.inp, save_current_system(digits), front_end, outputs);
   if (!job.plot_data.empty()) add_plot_data(job.plot_data, front_end, outputs);
   add_pictures(job, outputs);
   add_data_files(job, outputs);

@@ -3,6 +3,7 @@
 #include "engine/files/text_file.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <unistd.h>
 
 namespace brisel {
@@ -39,10 +40,17 @@ std::int64_t closing_gain(const CoefficientFile &image) {
   return g;
 }
 
+// A gain above 1 may have a word longer than the word length; here only the leading bits can be used.
+static void cut_gain_word(CoefficientFile &image) {
+  const std::int64_t full = std::int64_t{1} << (image.bits - 1);
+  for (; std::abs(image.gain_word) >= full; image.shift++) image.gain_word /= 2;
+}
+
 int load_design_through(const std::string &path) {
   if (const Status status = write_new_coefficient_file(path); status != success) return status;
   if (const int status = load_coefficient_file(path); status != success) return status;
   ::unlink(path.c_str());
+  if (!coefficient_file.section_integers.empty()) cut_gain_word(coefficient_file);
   return success;
 }
 

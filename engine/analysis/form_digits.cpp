@@ -62,7 +62,7 @@ template <class Real> Values form_values(const FormOfSystem &system, Places x) {
 template Values form_values<double>(const FormOfSystem &, Places);
 template Values form_values<long double>(const FormOfSystem &, Places);
 
-std::vector<std::complex<double>> poles_of(const FormOfSystem &system) {
+std::optional<PoleZeroEntry> roots_of(const FormOfSystem &system) {
   PoleZeroEntry roots{};
   const IirForms &forms = *system.forms;
   RatioEntry ratio{};
@@ -89,8 +89,13 @@ std::vector<std::complex<double>> poles_of(const FormOfSystem &system) {
                             ratio) &&
             ratio_to_pole_zero(system.domain, ratio, roots);
   }
-  if (!found) return {};
-  return {roots.poles.begin(), roots.poles.begin() + pole_count(roots)};
+  return found ? std::optional(roots) : std::nullopt;
+}
+
+std::vector<std::complex<double>> poles_of(const FormOfSystem &system) {
+  const auto roots = roots_of(system);
+  if (!roots) return {};
+  return {roots->poles.begin(), roots->poles.begin() + pole_count(*roots)};
 }
 
 Values dense_points(Domain domain, std::span<const std::complex<double>> poles) {

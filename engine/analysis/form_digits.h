@@ -18,7 +18,8 @@ struct FormOfSystem {
 /// Its values at points of the plane.
 template <class Real> Values form_values(const FormOfSystem &system, Places x);
 
-/// Its poles, to the accuracy that a grid needs; none when they cannot be had.
+/// Its poles and zeros, to the accuracy that a grid needs; nothing, or no poles, when they cannot be had.
+std::optional<PoleZeroEntry> roots_of(const FormOfSystem &system);
 std::vector<std::complex<double>> poles_of(const FormOfSystem &system);
 
 /// Even steps and the place nearest to every pole, several thousand points in all.

@@ -61,7 +61,7 @@ namespace brisel {
   X(prewarp_impossible, 980)                                                                                           \
   X(no_coefficient_words, 985)                                                                                         \
   X(coefficient_word_misfit, 986)                                                                                      \
-  X(system_file_loses_form, 988)
+  X(file_loses_filter, 988)
 
 enum class Message : int {
 #define BRISEL_ENUM(name, number) name = number,

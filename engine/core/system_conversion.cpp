@@ -86,6 +86,13 @@ ConversionOutcome too_few(double digits) {
   return "the form would keep " + digits_text(digits) + " of the response";
 }
 
+void enter(const ConvertibleSystem &system, FirEntry &entry) {
+  clear_entered_fir(system.option, entry);
+  enter_taps(system.taps, system.option, entry);
+  entry.sample_rate = system.sample_rate;
+  entry.gain = system.gain;
+}
+
 // What the user has to know of every finished conversion.
 ConversionOutcome finished(std::unique_ptr<Conversion> made) {
   const int dropped_delay = made->dropped_delay;
@@ -103,8 +110,9 @@ ConversionOutcome finished(std::unique_ptr<Conversion> made) {
 
 } // namespace
 
-const char *const why_no_file = "A system analysis file cannot hold this form: leading coefficients, orders below 2 of "
-                                "lattice and ladders, or above 160 of a ratio do not come back from it.";
+const char *const why_no_file = "A system analysis file cannot hold this form: leading coefficients or an order of 1 of "
+                                "a ladder, an order above 160 of a ratio, or more than 16 digits do not come back from "
+                                "it.";
 
 SystemPointer current_iir_system(Domain domain) {
   if (!design_record.valid || is_fir_result()) return nullptr;
@@ -329,27 +337,36 @@ ConversionOutcome convert_domain(const ConvertibleSystem &source, ZTransform met
   return finished(std::move(made));
 }
 
+SavingOutcome save_system(const ConvertibleSystem &system, int frequency_mode) {
+  if (!system.is_fir())
+    return save_system(system.domain, system.option, form_entry(system.iir, system.option), frequency_mode);
+  const auto entry = std::make_unique<FirEntry>();
+  enter(system, *entry);
+  return save_system(Domain::z, system.option, entry.get(), frequency_mode);
+}
+
 std::optional<std::string> format_system(const ConvertibleSystem &system, int frequency_mode) {
+  SavingOutcome outcome = save_system(system, frequency_mode);
+  if (auto *saved = std::get_if<SavedFilter>(&outcome)) return std::move(saved->text);
   if (!system.is_fir())
     return format_system_file(system.domain, system.option, form_entry(system.iir, system.option), frequency_mode);
   const auto entry = std::make_unique<FirEntry>();
-  clear_entered_fir(system.option, *entry);
-  enter_taps(system.taps, system.option, *entry);
-  entry->sample_rate = system.sample_rate;
-  entry->gain = system.gain;
+  enter(system, *entry);
   return format_system_file(Domain::z, system.option, entry.get(), frequency_mode);
 }
 
 double file_digits(const ConvertibleSystem &system) {
   constexpr int radians = 1; // coefficients do not depend on the unit
-  const auto text = format_system(system, radians);
+  const SavingOutcome outcome = save_system(system, radians);
+  const auto *saved = std::get_if<SavedFilter>(&outcome);
   const auto scratch = std::make_unique<Scratch>();
   scratch->reading.complains = false;
-  if (!text || read_system_text(*text, scratch->state, scratch->z, scratch->s, &scratch->reading) != success) return -1;
+  if (!saved || read_system_text(saved->text, scratch->state, scratch->z, scratch->s, &scratch->reading) != success)
+    return -1;
   const auto again = take(*scratch);
   const double digits = system.is_fir() ? fir_digits_kept(fir_form_of(system), fir_form_of(*again))
                                         : form_digits_kept(form_of(system), form_of(*again), 0);
-  return digits < least_digits ? -1 : digits;
+  return std::max(digits, 0.0);
 }
 
 void enter_system(const ConvertibleSystem &system) {
@@ -381,13 +398,8 @@ void enter_system(const ConvertibleSystem &system) {
   case InputOption::lattice:
     entries.lattice = iir.lattice;
     break;
-  default: {
-    FirEntry &entry = entries.fir[static_cast<std::size_t>(code(system.option) - code(InputOption::symmetric_fir))];
-    clear_entered_fir(system.option, entry);
-    enter_taps(system.taps, system.option, entry);
-    entry.sample_rate = system.sample_rate;
-    entry.gain = system.gain;
-  }
+  default:
+    enter(system, entries.fir[static_cast<std::size_t>(code(system.option) - code(InputOption::symmetric_fir))]);
   }
 }
 

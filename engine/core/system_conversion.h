@@ -4,6 +4,7 @@
 
 #include "engine/analysis/form_conversions.h"
 #include "engine/core/design_state.h"
+#include "engine/files/saved_filter.h"
 #include "engine/iir/domain_conversion.h"
 
 #include <memory>
@@ -60,7 +61,9 @@ ConversionOutcome convert_fir_form(const ConvertibleSystem &source, InputOption 
 ConversionOutcome convert_domain(const ConvertibleSystem &source, ZTransform method, MatchedPadding padding,
                                  InputOption target);
 
-/// The text of a system analysis file in the unit of `frequency_mode`; nothing when a value is not finite.
+/// The system analysis file of a system, or why there is none.
+SavingOutcome save_system(const ConvertibleSystem &system, int frequency_mode);
+/// Its text to be looked at, also where no file can hold the system; nothing when a value is not finite.
 std::optional<std::string> format_system(const ConvertibleSystem &system, int frequency_mode);
 /// The digits of the response that such a file keeps, 0 to 16; negative when it would read back as another system.
 double file_digits(const ConvertibleSystem &system);

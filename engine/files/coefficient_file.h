@@ -84,6 +84,7 @@ struct CoefficientFile {
   std::vector<double> section_scale; // block floating point sums: the factor of each section
   int first_count = 0; // reals of the first list: numerator, leading coefficients of a ladder, gammas of a lattice
   int lead = 0;        // ladder and lattice: leading coefficients
+  int rate_width = 12; // characters of the sampling frequency, for the writer
 };
 
 /// The file last loaded.
@@ -95,6 +96,7 @@ struct CoefficientReading {
   int line = 0;
   std::string last_line;
   std::string reason;
+  bool complains = true; // a failure is also told to the front end
 };
 
 /// The text of a file, IIR reals `real_width` characters wide. Nothing when a value is not finite or does not fit.
@@ -105,15 +107,15 @@ int read_coefficient_text(std::string_view text, CoefficientFile &image, Coeffic
 
 /// The current design as an image. False, with a message to show: no form that a file can hold.
 bool image_of_design(CoefficientFile &image);
+/// The current IIR result in another of its forms, in floating point.
+bool image_in_form(RealizationForm form, CoefficientFile &image);
+/// Gives the gains of integer listings all the digits that they have, whatever the word length. False: there are none.
+bool lengthen_gain_words(CoefficientFile &image);
 /// The text of the current design's file. Nothing, and a message shown, when there is none.
 std::optional<std::string> format_current_coefficient_file(int real_width);
 
-/// Writes the current design's file; a failure shows a message and leaves what was there. The two named after a variant
-/// are for designs of that variant.
-Status write_coefficient_file(const std::string &path);
-Status write_fir_coefficient_file(const std::string &path);
-Status write_iir_coefficient_file(const std::string &path);
-/// The same for a temporary file with all digits: a file that exists already is somebody else's and is refused.
+/// Writes the current design as a temporary file with all digits: a file that exists already is somebody else's and is
+/// refused; a failure shows a message.
 Status write_new_coefficient_file(const std::string &path);
 
 /// Loads a file into `coefficient_file`: 0, or 1 or 2 as the format's status says.

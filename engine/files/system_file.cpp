@@ -1,6 +1,5 @@
 #include "engine/files/system_file.h"
 
-#include "engine/analysis/form_digits.h"
 #include "engine/core/front_end.h"
 #include "engine/core/spec_check.h"
 #include "engine/core/trace.h"
@@ -11,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <span>
 
 namespace brisel {
@@ -27,6 +25,8 @@ constexpr std::size_t sampling_column = 27, unit_column = 41;
 constexpr const char *gain_label = "INITIAL GAIN ";
 constexpr std::size_t gain_column = 13, fir_gain_column = 27, fir_value_column = 11;
 constexpr int values_per_line = 5;
+constexpr int stated_rate_digits = 6;
+constexpr std::size_t longest_number = 24; // "-1.234567890123456e-123" and a digit to spare
 constexpr int most_ratio_values = max_ratio_order + 1;
 
 /// A line with a count: what the writer puts before it, the column where the reader looks, and what it accepts.
@@ -94,6 +94,13 @@ struct Reader {
     if (!surplus && column_number(lines.line(), column)) return fail(result, "more numbers than expected");
     return true;
   }
+  /// Long numbers stand fewer on a line where another one would not have fitted; the list goes on in the next line.
+  int numbers_in_line() {
+    std::size_t column = 0;
+    int found = 0;
+    while (column_number(lines.line(), column, &column)) found++;
+    return found > 0 && lines.line().size() + 1 + longest_number > line_capacity - 2 ? found : values_per_line;
+  }
   bool count(const CountLine &line, int &value) {
     if (!next(1, line.label)) return false;
     const auto read = column_integer(lines.line(), line.column);
@@ -135,9 +142,11 @@ struct Reader {
     if (!count(line, wanted)) return false;
     // Kept: what is beyond 161 coefficients is not read here but as the lines that should follow.
     const int used = std::min(wanted, most_ratio_values);
-    for (int first = 0; first < used; first += values_per_line) {
-      const int here = std::min(values_per_line, used - first);
-      if (!next(result, "coefficients") || !numbers(result, values.subspan(first, here), wanted > used)) return false;
+    for (int first = 0; first < used;) {
+      if (!next(result, "coefficients")) return false;
+      const int most = std::min(values_per_line, used - first), here = std::min(most, numbers_in_line());
+      if (!numbers(result, values.subspan(first, here), wanted > used)) return false;
+      first += here;
     }
     order = static_cast<std::int16_t>(used - 1);
     return true;
@@ -314,6 +323,7 @@ int read(Reader &reader, DesignState &state, SystemEntries &z, SystemEntries &s)
 struct Writer {
   Domain domain;
   InputOption option;
+  SystemDigits digits{};
   std::string text{};
   bool finite = true;
 
@@ -321,12 +331,27 @@ struct Writer {
     finite = finite && std::isfinite(value);
     return value;
   }
-  void coefficient(double value) { appendf(text, "% 14.8e", checked(value)); }
+  std::string real(double value, int stated_digits) {
+    const int places = (digits.reals ? digits.reals : stated_digits) - 1;
+    return formatf("% .*e", places, checked(value));
+  }
+  std::string coefficient(double value) { return real(value, 9); }
+  std::string tap(double value) { return real(value, 10); }
+  /// A line ends early where the next number would not fit the reader's buffer.
   void coefficients(std::span<const double> values, int per_line) {
-    for (std::size_t i = 0; i < values.size(); i++) {
-      coefficient(values[i]);
-      text += (i + 1) % per_line == 0 || i + 1 == values.size() ? "\n" : " ";
+    std::string line;
+    int here = 0;
+    for (const double value : values) {
+      const std::string number = coefficient(value);
+      if (here == per_line || line.size() + 1 + number.size() > line_capacity - 2) {
+        text += line + "\n";
+        line.clear();
+        here = 0;
+      }
+      if (here++ > 0) line += " ";
+      line += number;
     }
+    text += line + "\n";
   }
   void count(const CountLine &line, int value) { appendf(text, "%s%*d\n", line.label, line.width, value); }
   void gain(double value) {
@@ -355,7 +380,7 @@ struct Writer {
     const auto list = [&](const CountLine &line, std::span<const std::complex<double>> values) {
       count(line, static_cast<int>(values.size()));
       for (const auto &place : values)
-        appendf(text, "% 15.9e   % 15.9e\n", checked(place.real()), checked(place.imag()));
+        text += tap(place.real()) + "   " + tap(place.imag()) + "\n";
     };
     list(zero_count, std::span(entry->zeros).first(entry->real_zeros + entry->complex_zeros));
     list(pole_count, std::span(entry->poles).first(entry->real_poles + entry->complex_poles));
@@ -387,29 +412,35 @@ struct Writer {
 
   void operator()(const LatticeEntry *entry) {
     gain(entry->gain);
-    count(lead_count, entry->lead);
-    count(lattice_order, entry->order);
+    // With a reflection coefficient of 0 a stage is a delay, as behind the lattice the leading coefficients are.
+    const int gammas = entry->order + entry->lead + 1;
+    const int order = std::max(gammas - 1, min_lattice_order);
+    std::array<double, max_gammas + 1> gamma{}, kappa{};
+    std::copy_n(entry->gamma.begin(), gammas, gamma.begin());
+    std::copy_n(entry->kappa.begin() + 1, entry->order, kappa.begin());
+    count(lead_count, 0);
+    count(lattice_order, order);
     heading(gamma_values);
-    coefficients(std::span(entry->gamma).first(entry->order + entry->lead + 1), 1);
+    coefficients(std::span(gamma).first(order + 1), 1);
     heading(kappa_values);
-    coefficients(std::span(entry->kappa).subspan(1, entry->order), 1);
+    coefficients(std::span(kappa).first(order), 1);
   }
 
   void operator()(const FirEntry *entry) {
-    appendf(text, "%s%*d GAIN= % 15.9e\n", tap_count.label, tap_count.width, entry->length, checked(entry->gain));
+    appendf(text, "%s%*d GAIN= %s\n", tap_count.label, tap_count.width, entry->length, tap(entry->gain).c_str());
     for (int i = 0; i < (is_half_response(option) ? entry->unique_count : entry->length); i++) {
       const int mirrored = entry->length - 1 - i;
       switch (option) {
       case InputOption::symmetric_fir:
-        appendf(text, "H(%4d) = % 15.9e =  H(%4d)\n", i, checked(entry->coeff[entry->unique_count - 1 - i]), mirrored);
+        appendf(text, "H(%4d) = %s =  H(%4d)\n", i, tap(entry->coeff[entry->unique_count - 1 - i]).c_str(), mirrored);
         break;
       case InputOption::antisymmetric_fir: {
         const double first = entry->coeff[entry->unique_count - 1 - i];
-        appendf(text, "-H(%4d) = % 15.9e =  H(%4d)\n", i, checked(first == 0 ? 0 : -first), mirrored);
+        appendf(text, "-H(%4d) = %s =  H(%4d)\n", i, tap(first == 0 ? 0 : -first).c_str(), mirrored);
         break;
       }
       default:
-        appendf(text, "H(%4d) = % 15.9e\n", i, checked(entry->coeff[i]));
+        appendf(text, "H(%4d) = %s\n", i, tap(entry->coeff[i]).c_str());
       }
     }
   }
@@ -496,16 +527,17 @@ SystemEntry form_entry(const IirForms &forms, InputOption option) {
   }
 }
 
-std::optional<std::string> format_system_file(Domain domain, InputOption option, SystemEntry entry,
-                                              int frequency_mode) {
-  Writer writer{domain, option};
+std::optional<std::string> format_system_file(Domain domain, InputOption option, SystemEntry entry, int frequency_mode,
+                                              SystemDigits digits) {
+  Writer writer{domain, option, digits};
   const bool digital = domain == Domain::z;
   const InputOptionRow &row = input_options[code(option)];
   const UnitRow &unit = unit_row(frequency_mode);
   const double rate = rate_of(entry) * (frequency_mode ? 1.0 : inverse_two_pi);
   appendf(writer.text, "%s\n", digital ? z_header.data() : s_header.data());
   appendf(writer.text, "%s%s\n", option_label.data(), digital ? row.z_header.data() : row.s_header.data());
-  appendf(writer.text, "%s% 11.5e %s\n", sampling_label, writer.checked(rate), unit.file_word.data());
+  appendf(writer.text, "%s% .*e %s\n", sampling_label, (digits.rate ? digits.rate : stated_rate_digits) - 1,
+          writer.checked(rate), unit.file_word.data());
   std::visit(writer, entry);
   if (!writer.finite) return std::nullopt;
   return std::move(writer.text);
@@ -518,37 +550,6 @@ std::optional<std::string> format_analysis_input() {
   const auto option = static_cast<InputOption>(digital ? selections.z_input_option : selections.s_input_option);
   return format_system_file(digital ? Domain::z : Domain::s, option,
                             system_entry(digital ? z_entries : s_entries, option), selections.FrequencyMode);
-}
-
-std::optional<std::string> format_current_system_file() {
-  if (!design_record.valid) {
-    post_message(Message::no_design);
-    return std::nullopt;
-  }
-  const DesignState &selections = design_record.selections;
-  std::optional<std::string> text;
-  if (selections.DesignOrAnalysisType >= code(DesignMethod::z_analysis)) {
-    text = format_analysis_input();
-  } else if (is_fir_result()) {
-    const FirEntry &full = design_record.fir;
-    const std::span taps = std::span(full.coeff).first(full.length);
-    const InputOption option = entered_option(taps);
-    const auto entry = std::make_unique<FirEntry>();
-    enter_taps(taps, option, *entry);
-    entry->sample_rate = full.sample_rate;
-    entry->gain = full.gain;
-    text = format_system_file(Domain::z, option, entry.get(), selections.FrequencyMode);
-  } else {
-    const auto option = option_of_form(static_cast<RealizationForm>(design_record.realization));
-    if (!option) {
-      post_message(Message::unsupported_form);
-      return std::nullopt;
-    }
-    text = format_system_file(Domain::z, *option, form_entry(design_record.z_quantized, *option),
-                              selections.FrequencyMode);
-  }
-  if (!text) post_message(Message::result_not_finite, "a coefficient cannot be written");
-  return text;
 }
 
 Status write_system_file(const std::string &path, const std::string &text) {

@@ -44,15 +44,19 @@ SystemEntry system_entry(const SystemEntries &entries, InputOption option);
 /// The same of the forms of one system; FIR options have none.
 SystemEntry form_entry(const IirForms &forms, InputOption option);
 
+/// Significant digits; 0 stands for those of the format: 10 of taps, poles and zeros, 9 of the other reals, 6 of the
+/// sampling frequency.
+struct SystemDigits {
+  int reals = 0;
+  int rate = 0;
+};
 /// The text of a file, the sampling frequency in hertz when `frequency_mode` is 0. Nothing when a value is not finite.
-/// Sections are written as true coefficients, and the scale of a sum is multiplied into them.
-std::optional<std::string> format_system_file(Domain domain, InputOption option, SystemEntry entry, int frequency_mode);
+/// Sections are written as true coefficients, and the scale of a sum is multiplied into them. Leading coefficients of a
+/// lattice, and an order below 2, become a lattice of a higher order whose further reflection coefficients are 0.
+std::optional<std::string> format_system_file(Domain domain, InputOption option, SystemEntry entry, int frequency_mode,
+                                              SystemDigits digits = {});
 /// The entered system of the design record: what a system analysis started from. Nothing for a design.
 std::optional<std::string> format_analysis_input();
-/// The current result as a system of the z domain: a FIR filter with all its taps, an IIR filter in the form it is
-/// realized in, an entered system as it was entered (in its own domain). Nothing, and a message shown, without one.
-std::optional<std::string> format_current_system_file();
-
 /// Saves a text that one of the above gave; a failure shows a message and leaves what was there.
 Status write_system_file(const std::string &path, const std::string &text);
 

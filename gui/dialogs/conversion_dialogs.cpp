@@ -186,11 +186,14 @@ void ConversionPage::copy() {
 }
 
 void ConversionPage::save() {
-  const auto text = format_system(result->system, design_state.FrequencyMode);
-  if (!text) return post_message(Message::result_not_finite);
+  const SavingOutcome outcome = save_system(result->system, design_state.FrequencyMode);
+  if (const auto *refused = std::get_if<SavingRefusal>(&outcome))
+    return post_message(refused->number, refused->reason);
+  const auto &saved = std::get<SavedFilter>(outcome);
   const QString path = files.save(this, FileCommand::create_system);
   // A failure is told by the engine.
-  if (!path.isEmpty()) static_cast<void>(write_system_file(path.toStdString(), *text));
+  if (path.isEmpty() || write_system_file(path.toStdString(), saved.text) != success) return;
+  if (!saved.note.empty()) front_end->show_text(saved.note);
 }
 
 cIirFormConversionDialogImpl::cIirFormConversionDialogImpl(QWidget *parent, FileDialogs &files)

@@ -174,6 +174,7 @@ private:
   void write_dsp_code(FileCommand command, const QString &caption, DspFamily family);
   /// Asks for a name and saves a system, unless the file would not hold it.
   void write_system(const ConvertibleSystem &system);
+  void write_saved(const SavedFilter &saved);
   void write_all_forms(Domain domain);
   /// Asks for the form of the IIR result and writes it.
   void write_iir_form();

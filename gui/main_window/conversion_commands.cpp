@@ -9,40 +9,41 @@
 namespace brisel {
 
 void cBriselApp::write_system(const ConvertibleSystem &system) {
-  const auto text = format_system(system, design_state.FrequencyMode);
-  if (!text) return post_message(Message::result_not_finite);
-  if (file_digits(system) < 0) return post_message(Message::system_file_loses_form);
-  const QString path = files.save(this, FileCommand::create_system);
-  if (path.isEmpty()) return;
-  if (write_system_file(path.toStdString(), *text) == success) written(FileCommand::create_system, path);
+  const SavingOutcome outcome = save_system(system, design_state.FrequencyMode);
+  if (const auto *refused = std::get_if<SavingRefusal>(&outcome))
+    return post_message(refused->number, refused->reason);
+  write_saved(std::get<SavedFilter>(outcome));
 }
 
 // One file a form, "name_ratio.inp" and so on, all or none of them. Forms that are left out are told.
 void cBriselApp::write_all_forms(Domain domain) {
   FileSet set;
   QStringList paths;
-  std::string left_out;
+  std::string left_out, notes;
   const QString base = files.save(this, FileCommand::create_system);
   if (base.isEmpty()) return;
   const QString stem = base.left(base.size() - QString(".inp").size());
   for (const OutputForm &form : output_forms) {
     const SystemPointer system = current_iir_result(domain, form.option);
-    const bool in_file = system && file_digits(*system) >= 0;
-    const auto text = in_file ? format_system(*system, design_state.FrequencyMode) : std::nullopt;
-    if (!text) {
-      appendf(left_out, "\n%s: %s", input_options[static_cast<std::size_t>(code(form.option))].name.data(),
-              system ? why_no_file : why_no_form(domain, form.option));
+    const char *const name = input_options[static_cast<std::size_t>(code(form.option))].name.data();
+    const SavingOutcome outcome = system ? save_system(*system, design_state.FrequencyMode)
+                                         : SavingRefusal{.reason = why_no_form(domain, form.option)};
+    if (const auto *refused = std::get_if<SavingRefusal>(&outcome)) {
+      appendf(left_out, "\n%s: %s", name, refused->reason.c_str());
       continue;
     }
+    const auto &saved = std::get<SavedFilter>(outcome);
+    if (!saved.note.empty()) appendf(notes, "\n%s: %s", name, saved.note.c_str());
     paths.append(stem + form.suffix + ".inp");
-    set.add(paths.last().toStdString(), *text);
+    set.add(paths.last().toStdString(), saved.text);
   }
   std::string why;
-  if (paths.isEmpty()) return post_message(Message::system_file_loses_form, left_out);
+  if (paths.isEmpty()) return post_message(Message::file_loses_filter, left_out);
   if (!may_replace(this, file_command(FileCommand::create_system).title, paths)) return;
   if (!set.commit(why)) return post_message(Message::write_failed, why);
   for (const QString &path : paths) written(FileCommand::create_system, path);
   if (!left_out.empty()) front.show_text("These forms were left out:" + left_out);
+  if (!notes.empty()) front.show_text("About the files:" + notes);
 }
 
 void cBriselApp::write_iir_form() {

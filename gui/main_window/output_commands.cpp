@@ -3,10 +3,9 @@
 #include "codegen/c_support.h"
 #include "codegen/dsp_code.h"
 #include "codegen/dspic30.h"
-#include "engine/files/coefficient_file.h"
 #include "engine/files/plot_data.h"
+#include "engine/files/saved_filter.h"
 #include "engine/files/spec_file.h"
-#include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
 #include "gui/dialogs/cPlotDataOutputDialogImpl.h"
 #include "gui/dialogs/microchip_dialog.h"
@@ -50,17 +49,23 @@ void cBriselApp::Output_CreateFilterCoefficientFile() {
   if (!needs_result()) return;
   const QString path = files.save(this, FileCommand::create_coefficients);
   if (path.isEmpty()) return;
-  if (write_coefficient_file(path.toStdString()) == success) written(FileCommand::create_coefficients, path);
+  std::string note;
+  if (write_coefficient_file(path.toStdString(), &note) != success) return;
+  if (!note.empty()) front.show_text(note);
+  written(FileCommand::create_coefficients, path);
+}
+
+void cBriselApp::write_saved(const SavedFilter &saved) {
+  const QString path = files.save(this, FileCommand::create_system);
+  if (path.isEmpty() || write_system_file(path.toStdString(), saved.text) != success) return;
+  if (!saved.note.empty()) front.show_text(saved.note);
+  written(FileCommand::create_system, path);
 }
 
 void cBriselApp::Output_CreateSystemAnalysisFile() {
   if (!needs_result()) return;
   if (is_iir_design()) return write_iir_form();
-  const auto text = format_current_system_file();
-  if (!text) return; // told by the engine
-  const QString path = files.save(this, FileCommand::create_system);
-  if (path.isEmpty()) return;
-  if (write_system_file(path.toStdString(), *text) == success) written(FileCommand::create_system, path);
+  if (const auto saved = save_current_system()) write_saved(*saved); // a refusal was told by the engine
 }
 
 void cBriselApp::Output_CreatePlotDataFiles() {

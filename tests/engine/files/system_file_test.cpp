@@ -1,5 +1,7 @@
 #include "engine/files/system_file.h"
 
+#include "engine/files/saved_filter.h"
+
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
 #include "tests/support/scripted_front_end.h"
@@ -338,7 +340,7 @@ TEST(LoadSystemFile, RemembersThePathAndTellsTheTrace) {
 TEST(CurrentSystemFile, IsTheFilterThatWasDesigned) {
   ScriptedFrontEnd screen;
   design_record.valid = 0;
-  EXPECT_EQ(format_current_system_file(), std::nullopt);
+  EXPECT_FALSE(save_current_system());
   EXPECT_EQ(screen.posted.back().number, Message::no_design);
   design_record.valid = 1;
   design_record.selections = {};
@@ -355,7 +357,7 @@ TEST(CurrentSystemFile, IsTheFilterThatWasDesigned) {
        {Row{{1, 2, 2, 1}, InputOption::symmetric_fir}, Row{{1, -2, 2, -1}, InputOption::antisymmetric_fir},
         Row{{1, 2, 3, 4}, InputOption::nonsymmetric_fir}}) {
     std::ranges::copy(row.taps, fir.coeff.begin());
-    ASSERT_EQ(read(*format_current_system_file()), 0);
+    ASSERT_EQ(read(save_current_system()->text), 0);
     EXPECT_EQ(design_state.z_input_option, code(row.option));
     const FirEntry &back = z_entries.fir[code(row.option) - 7];
     EXPECT_EQ(back.gain, 0.5);
@@ -375,16 +377,16 @@ TEST(CurrentSystemFile, IsTheFilterThatWasDesigned) {
   sum.shift = {1};
   sum.numerators[0] = {0, 0.125, 0};
   sum.denominators[0] = {0.5, -0.75, 0.5};
-  ASSERT_EQ(read(*format_current_system_file()), 0);
+  ASSERT_EQ(read(save_current_system()->text), 0);
   EXPECT_EQ(z_entries.sum.gain, 1);
   EXPECT_EQ(z_entries.sum.numerators[0], (Triple{0, 1, 0}));
   EXPECT_EQ(z_entries.sum.denominators[0], (Triple{1, -1.5, 1}));
 
   sum.numerators[0][1] = NAN;
-  EXPECT_EQ(format_current_system_file(), std::nullopt);
+  EXPECT_FALSE(save_current_system());
   EXPECT_EQ(screen.posted.back().number, Message::result_not_finite);
   design_record.realization = code(RealizationForm::nonlinear);
-  EXPECT_EQ(format_current_system_file(), std::nullopt);
+  EXPECT_FALSE(save_current_system());
   EXPECT_EQ(screen.posted.back().number, Message::unsupported_form);
 }
 
