@@ -34,7 +34,7 @@ struct Job {
   bool radians = false; // unit of the frequencies when there is no file
   std::optional<int> quantize, bits, scaling, optimize;
   std::optional<int> frequency_points, time_points;
-  std::optional<int> digits; // of the reals of coefficient and system analysis files
+  std::optional<int> digits;            // of the reals of coefficient and system analysis files
   std::optional<Range> frequency_range; // in the unit of the file
   std::optional<double> prewarp;        // the same
   bool prewarp_all = false;

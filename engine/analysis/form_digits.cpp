@@ -1,6 +1,7 @@
 #include "engine/analysis/form_digits.h"
 
 #include "engine/analysis/pole_zero_form.h"
+#include "engine/analysis/wide_ratio.h"
 
 #include <algorithm>
 
@@ -65,12 +66,11 @@ template Values form_values<long double>(const FormOfSystem &, Places);
 std::optional<PoleZeroEntry> roots_of(const FormOfSystem &system) {
   PoleZeroEntry roots{};
   const IirForms &forms = *system.forms;
-  RatioEntry ratio{};
-  bool found = false;
+  const auto of_expanded = [&](const std::optional<WideRatio> &wide) { return wide && write_pole_zero(*wide, roots); };
+  bool found = true;
   switch (system.option) {
   case InputOption::pole_zero:
     roots = forms.pole_zero;
-    found = true;
     break;
   case InputOption::product:
     found = cascade_to_pole_zero(system.domain, forms.cascade, roots);
@@ -79,15 +79,13 @@ std::optional<PoleZeroEntry> roots_of(const FormOfSystem &system) {
     found = parallel_to_pole_zero(system.domain, forms.parallel, roots);
     break;
   case InputOption::ratio:
-    found = ratio_to_pole_zero(system.domain, forms.ratio, roots);
+    found = of_expanded(wide_ratio(system.domain, forms.ratio));
     break;
   case InputOption::lattice:
-    found = lattice_to_ratio(system.domain, forms.lattice, ratio) && ratio_to_pole_zero(system.domain, ratio, roots);
+    found = of_expanded(wide_ratio(forms.lattice));
     break;
   default:
-    found = ladder_to_ratio(system.domain, system.option == InputOption::ladder_1 ? forms.ladder_1 : forms.ladder_2,
-                            ratio) &&
-            ratio_to_pole_zero(system.domain, ratio, roots);
+    found = of_expanded(wide_ratio(system.option == InputOption::ladder_1 ? forms.ladder_1 : forms.ladder_2));
   }
   return found ? std::optional(roots) : std::nullopt;
 }

@@ -1,4 +1,4 @@
-// response_departure.cpp - the points are packed around every root by powers of two, because a response of narrow bands
+// response_departure.cpp - the points are packed around every root geometrically, because a response of narrow bands
 // changes nowhere else; even steps alone would miss a band of a ten-thousandth of the sampling frequency altogether.
 #include "engine/analysis/response_departure.h"
 
@@ -15,10 +15,11 @@ namespace brisel {
 namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
-// -100 dB of the peak, and half of it more: near a zero a departure doubles from one point to the next.
+// -100 dB of the peak, and half of it more: near a double zero a departure doubles from one point to the next.
 constexpr double lowest_level = 0.5e-5;
 constexpr int even_steps = 512;
-constexpr int halvings = 36;
+constexpr int halvings = 60;
+constexpr double step = 1.4142135623730951;
 
 /// Frequencies of the comparison in radians per sample (z), or radians per second (s).
 std::vector<double> packed_frequencies(Domain domain, const PoleZeroEntry &roots) {
@@ -42,7 +43,7 @@ std::vector<double> packed_frequencies(Domain domain, const PoleZeroEntry &roots
   for (const double place : places) {
     points.push_back(place);
     double distance = top / 2;
-    for (int k = 0; k < halvings; k++, distance /= 2) {
+    for (int k = 0; k < halvings; k++, distance /= step) {
       if (place + distance <= top) points.push_back(place + distance);
       if (place - distance >= 0) points.push_back(place - distance);
     }

@@ -110,9 +110,10 @@ ConversionOutcome finished(std::unique_ptr<Conversion> made) {
 
 } // namespace
 
-const char *const why_no_file = "A system analysis file cannot hold this form: leading coefficients or an order of 1 of "
-                                "a ladder, an order above 160 of a ratio, or more than 16 digits do not come back from "
-                                "it.";
+const char *const why_no_file =
+    "A system analysis file cannot hold this form: leading coefficients or an order of 1 of "
+    "a ladder, an order above 160 of a ratio, or more than 16 digits do not come back from "
+    "it.";
 
 SystemPointer current_iir_system(Domain domain) {
   if (!design_record.valid || is_fir_result()) return nullptr;

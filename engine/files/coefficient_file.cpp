@@ -24,7 +24,7 @@ constexpr std::string_view first_line = "FILTER COEFFICIENT FILE";
 constexpr std::string_view floating_point = "FLOATING POINT";
 constexpr std::size_t line_capacity = 190;
 constexpr std::size_t tag_columns = 40; // in which the capital letter of a list stands
-constexpr int all_digits = 22; // width of the IIR reals of a temporary file
+constexpr int all_digits = 22;          // width of the IIR reals of a temporary file
 constexpr int max_bits = 52;
 constexpr std::int64_t min_gain_shift = -1100, max_gain_shift = 31, max_section_shift = 31;
 constexpr std::int64_t max_integer = std::int64_t{1} << 62;

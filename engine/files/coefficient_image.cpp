@@ -32,8 +32,8 @@ bool gain_word(double value, int bits, std::int64_t &word, std::int64_t &shift) 
   int exponent = 0;
   const double half_scale = std::ldexp(std::frexp(value, &exponent), bits - 1);
   const double quantized = std::ldexp(value, bits - 1);
-  const bool longer = half_scale != std::trunc(half_scale) && quantized == std::trunc(quantized) &&
-                      bits - 1 + exponent <= longest_gain;
+  const bool longer =
+      half_scale != std::trunc(half_scale) && quantized == std::trunc(quantized) && bits - 1 + exponent <= longest_gain;
   word = static_cast<std::int64_t>(longer ? quantized : half_scale);
   shift = value == 0 || longer ? 0 : exponent;
   return true;
@@ -220,7 +220,8 @@ bool image_in_form(RealizationForm form, CoefficientFile &image) {
 
 bool lengthen_gain_words(CoefficientFile &image) {
   if (image.section_integers.empty()) return false;
-  // Of two gains the scale of a sum stands in `gain_multiplier`; a sum in block floating point has its direct term there.
+  // Of two gains the scale of a sum stands in `gain_multiplier`; a sum in block floating point has its direct term
+  // there.
   const bool block_sum = !image.section_scale.empty();
   const auto lengthen = [&](double value, std::int64_t &word, std::int64_t &shift) {
     int exponent = 0;
@@ -358,6 +359,5 @@ Status analyze_coefficient_file() {
   z_path[code(*option)].clear(); // no system analysis file holds this system
   return success;
 }
-
 
 } // namespace brisel

@@ -235,7 +235,7 @@ std::optional<CurrentSystem> system_to_save(std::unique_ptr<FirEntry> &taps) {
   return running_system(taps);
 }
 
-/// The first realization of the current IIR result, beside its own, that `holds` finds a file for.
+/// The first form of the current IIR result, beside the one it runs in, that `holds` finds a file for.
 std::string other_realization(const std::function<bool(RealizationForm)> &holds) {
   for (const RealizationForm form : {RealizationForm::cascade, RealizationForm::parallel, RealizationForm::lattice,
                                      RealizationForm::ladder_1, RealizationForm::ladder_2, RealizationForm::ratio}) {
@@ -287,7 +287,9 @@ SavingOutcome save_system(Domain domain, InputOption option, SystemEntry entry, 
     return format_system_file(domain, option, entry, frequency_mode, {wanted.reals, wanted.rate});
   };
   return save(filter_of(domain, option, entry), {.name = "system analysis file",
-                                                 .stated_digits = digits ? digits : with_ten ? 10 : 9,
+                                                 .stated_digits = digits     ? digits
+                                                                  : with_ten ? 10
+                                                                             : 9,
                                                  .fixed = digits != 0,
                                                  .format = format,
                                                  .read = read_back_system,
@@ -302,9 +304,11 @@ std::optional<SavedFilter> save_current_coefficients(int digits) {
   if (!running || !image_of_design(image)) return without_form();
   const Filter filter = filter_of(running->domain, running->option, running->entry);
   return told(save_image(filter, std::move(image), digits), [&](RealizationForm form) {
+    const InputOption option = *option_of_form(form);
     CoefficientFile other;
-    return image_in_form(form, other) &&
-           std::holds_alternative<SavedFilter>(save_image(filter, std::move(other), 0));
+    if (!image_in_form(form, other)) return false;
+    const Filter again = filter_of(Domain::z, option, form_entry(design_record.z_quantized, option));
+    return std::holds_alternative<SavedFilter>(save_image(again, std::move(other), 0));
   });
 }
 

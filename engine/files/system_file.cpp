@@ -379,8 +379,7 @@ struct Writer {
     gain(entry->gain);
     const auto list = [&](const CountLine &line, std::span<const std::complex<double>> values) {
       count(line, static_cast<int>(values.size()));
-      for (const auto &place : values)
-        text += tap(place.real()) + "   " + tap(place.imag()) + "\n";
+      for (const auto &place : values) text += tap(place.real()) + "   " + tap(place.imag()) + "\n";
     };
     list(zero_count, std::span(entry->zeros).first(entry->real_zeros + entry->complex_zeros));
     list(pole_count, std::span(entry->poles).first(entry->real_poles + entry->complex_poles));

@@ -187,8 +187,7 @@ void ConversionPage::copy() {
 
 void ConversionPage::save() {
   const SavingOutcome outcome = save_system(result->system, design_state.FrequencyMode);
-  if (const auto *refused = std::get_if<SavingRefusal>(&outcome))
-    return post_message(refused->number, refused->reason);
+  if (const auto *refused = std::get_if<SavingRefusal>(&outcome)) return post_message(refused->number, refused->reason);
   const auto &saved = std::get<SavedFilter>(outcome);
   const QString path = files.save(this, FileCommand::create_system);
   // A failure is told by the engine.

@@ -10,8 +10,7 @@ namespace brisel {
 
 void cBriselApp::write_system(const ConvertibleSystem &system) {
   const SavingOutcome outcome = save_system(system, design_state.FrequencyMode);
-  if (const auto *refused = std::get_if<SavingRefusal>(&outcome))
-    return post_message(refused->number, refused->reason);
+  if (const auto *refused = std::get_if<SavingRefusal>(&outcome)) return post_message(refused->number, refused->reason);
   write_saved(std::get<SavedFilter>(outcome));
 }
 

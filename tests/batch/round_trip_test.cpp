@@ -72,6 +72,42 @@ TEST(RoundTrip, SavedFilesGiveTheSameResponseInANewProcess) {
   }
 }
 
+TEST(RoundTrip, DigitsAreRaisedUntilTheFileIsTheFilter) {
+  const struct {
+    const char *options;
+    const char *note; // or the refusal
+    int status;
+  } cases[] = {
+      {"--inp a.inp", "The system analysis file has 11 digits: with 9", 0},
+      {"--flt a.flt", "The coefficient file has 11 digits: with 8", 0},
+      {"--flt a.flt --realization parallel", "digits: with 8 the response would be", 0},
+      {"--flt a.flt --digits 9", "The response of the coefficient file with 9 digits is", 0},
+      {"--inp a.inp --realization ladder-1 --order 1 --prototype butterworth",
+       "the realization \"Cascaded Second Order Sections\" would do", 1},
+      {"--inp a.inp --realization lattice --order 1 --prototype butterworth", "", 0},
+      {"--flt a.flt --quantize fixed --bits 5 --order 2 --realization parallel", "The gain words", 0},
+  };
+  for (const auto &c : cases) {
+    const Workshop shop;
+    shop.write("a.spc",
+               "FILTER SPECIFICATION FILE\nFILTER TYPE:LOW PASS                       1H\n"
+               "PASSBAND RIPPLE IN -dB        -.1000E+00\nSTOPBAND RIPPLE IN -dB        -.6000E+02\n"
+               "PASSBAND CUTOFF FREQUENCY   0.200000E+02 HERTZ\nSTOPBAND CUTOFF FREQUENCY   0.400000E+02 HERTZ\n"
+               "SAMPLING FREQUENCY          0.192000E+06 HERTZ\n");
+    const std::string range = " --frequency-range 0:60 --json ";
+    const Outcome made = shop.run(std::string("design a.spc ") + c.options + range + "a.json");
+    ASSERT_EQ(made.status, c.status) << c.options << made.err;
+    EXPECT_NE((made.out + made.err).find(c.note), std::string::npos) << c.options << made.out << made.err;
+    if (made.status != 0 || std::string(c.options).find("--digits") != std::string::npos) continue;
+    const std::string file = std::string(c.options).starts_with("--inp") ? "a.inp" : "a.flt";
+    const Outcome again = shop.run("analyze " + file + range + "-");
+    ASSERT_EQ(again.status, 0) << c.options << again.err;
+    const auto designed = magnitude(Json::parse(shop.read("a.json"))), read = magnitude(Json::parse(again.out));
+    for (std::size_t i = 0; i < designed.size(); i++)
+      if (designed[i] > 1e-5) ASSERT_NEAR(20 * std::log10(read[i] / designed[i]), 0, 0.05) << c.options << " " << i;
+  }
+}
+
 TEST(GeneratedC, FiltersAsTheDesignThatItCameFrom) {
   const struct {
     const char *options;
