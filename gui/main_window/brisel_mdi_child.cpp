@@ -46,7 +46,7 @@ PlotData cBriselMdiChild::data() const {
   if (zoom) {
     plot.x_range = zoom->x;
     plot.y_range = zoom->y;
-    plot.round_x = plot.round_y = true;
+    plot.round_x = plot.round_y = false;
   }
   return plot;
 }
@@ -138,8 +138,8 @@ void cBriselMdiChild::mouseDoubleClickEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton) zoom_back();
 }
 
-// The drawing widens ranges to round values. The wheel goes on from the range before that, or small steps would never
-// leave it.
+// The plane of poles and zeros is drawn between round values, with one scale. The wheel goes on from the range before
+// that, or small steps would never leave it.
 void cBriselMdiChild::wheelEvent(QWheelEvent *event) {
   event->accept();
   if (!app.has_result() || event->angleDelta().y() == 0) return;

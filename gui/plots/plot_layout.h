@@ -55,8 +55,8 @@ void lay_out_plot(PlotLayout &layout, const PlotData &data, const PlotStyle &sty
 QRectF printed_place(const QPaintDevice &page);
 
 /// Display ranges of the zoom rectangle between two device positions; none when it is too small to be meant, lies
-/// outside the plot area, or is too deep for the digits of a double. The plot then gets both ranges, with round_x and
-/// round_y set.
+/// outside the plot area, or is too deep for the digits of a double. The plot then gets both ranges as they are; only
+/// the plane of poles and zeros keeps one scale and round values.
 struct ZoomRanges {
   Range x, y;
 };
