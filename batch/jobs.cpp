@@ -17,6 +17,7 @@
 #include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"
 #include "engine/iir/allpass_delay.h"
+#include "engine/iir/iir_quantize.h"
 #include "engine/iir/order_estimate.h"
 #include "engine/iir/prewarp.h"
 #include "engine/iir/selectivity.h"
@@ -64,6 +65,7 @@ void choose_results(const Job &job, double sampling) {
   quantization_settings.quant = chosen != Quantize::off;
   quantization_settings.qtype = chosen != Quantize::floating;
   if (job.bits) quantization_settings.ibit = *job.bits;
+  set_realization_codes(quantization_settings, job.structure.value_or(code(SectionStructure::transposed)));
   quantization_settings.optimize = job.optimize.has_value();
   if (job.optimize) quantization_settings.op_num = *job.optimize;
   if (job.scaling) design_state.GainOption = static_cast<std::uint8_t>(*job.scaling);
@@ -138,7 +140,6 @@ void choose_iir(const Job &job) {
   if (job.mapping) design_state.ZTransformMethod = static_cast<std::int8_t>(*job.mapping);
   if (job.impulse_path) design_state.ImpulseInvariantDesignPath = static_cast<std::uint8_t>(*job.impulse_path);
   if (job.realization) design_state.RealizationType = static_cast<std::int8_t>(*job.realization);
-  if (job.structure) quantization_settings.rtype1 = *job.structure;
 }
 
 bool is_coefficient_file(const std::string &path) {
@@ -199,7 +200,6 @@ void run_analyze(const Job &job, BatchFrontEnd &front_end) {
     throw JobFailure(exit_usage, "--scaling: has a meaning for FIR systems only");
   const bool digitized = digital || job.mapping != code(ZTransform::s_domain_only);
   choose_results(job, digitized ? entered_sample_rate() : 0);
-  if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (job.mapping) design_state.SDomainAnalysisRealizationMethod = static_cast<std::uint8_t>(*job.mapping);
   design_state.SDomainAnalysisMaximumGainOption = job.unity_gain;
   choose_prewarp(job);
@@ -233,7 +233,6 @@ void run_phase_shift(const Job &job, BatchFrontEnd &front_end) {
   }
   if (!job.real_zero) wanted.real_zero = middle_zero(wanted).value_or(0);
   choose_results(job, wanted.sampling_frequency);
-  if (job.structure) quantization_settings.rtype1 = *job.structure;
   if (const auto complaint = phase_shift_design(wanted)) {
     const Row &row = rows[static_cast<std::size_t>(complaint->field)];
     std::string reason = row.option + formatf(": %.10g ", row.given.value_or(0)) + complaint->reason;

@@ -232,6 +232,12 @@ static void note_shifted_denominators(const SectionEntry &cascade, const Quantiz
                                          : ""));
 }
 
+void set_realization_codes(QuantizationSettings &settings, int cascade_structure) {
+  settings.rtype1 = cascade_structure;
+  settings.rtype2 = settings.qtype ? 0 : 1;
+  settings.rtype3 = settings.rtype4 = 0;
+}
+
 bool quantize_iir() {
   DesignRecord &r = design_record;
   const QuantizationSettings &settings = r.quantization;

@@ -28,6 +28,10 @@ constexpr bool is_floating_only(SectionStructure structure) {
 /// zero.
 void quantize_section_coefficients(SectionEntry &entry, bool fixed_point, int bits);
 
+/// Sets `rtype1` to `rtype4` to what goes with the arithmetic in `settings`: cascaded sections of that structure; a sum
+/// of sections that is scaled, of the fixed-point or the floating-point type; the one type of a ratio.
+void set_realization_codes(QuantizationSettings &settings, int cascade_structure);
+
 /// Keeps `bits` significant bits of every value and clears the rest.
 void truncate_significands(std::span<double> values, int bits);
 

@@ -58,7 +58,7 @@ void cQuantizationDialogImpl::store() {
   q.ibit = bits;
   q.optimize = chosen_button(*this, "Optimize") == 0;
   q.op_num = searches;
-  q.rtype1 = chosen_button(*this, "Cascade");
+  set_realization_codes(q, chosen_button(*this, "Cascade"));
   design_state.GainOption = static_cast<std::uint8_t>(chosen_button(*this, "Scaling"));
 }
 

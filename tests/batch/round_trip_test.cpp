@@ -115,6 +115,7 @@ TEST(GeneratedC, FiltersAsTheDesignThatItCameFrom) {
     const char *structure;
     const char *element;
     double tolerance;
+    const char *routine = "";
   } cases[] = {
       {"--method window", "init_fir_dbl", "FIR_f", "double", 1e-12},
       {"--method equiripple --quantize fixed", "init_fir_float", "FIR_f", "float", 1e-6},
@@ -127,13 +128,16 @@ TEST(GeneratedC, FiltersAsTheDesignThatItCameFrom) {
       {"--method iir --quantize floating --bits 24 --structure float-4", "init_biquad_float", "IIR_f", "float", 1e-5},
       {"--method iir --quantize floating --bits 24 --structure float-5", "init_biquad_float", "IIR_f", "float", 1e-5},
       {"--method iir --mapping impulse-invariant --realization parallel --quantize floating --bits 24",
-       "init_biquad_float", "IIR_f", "float", 1e-5},
+       "init_biquad_float", "IIR_f", "float", 1e-5, "par_float_fm1"},
+      {"--method iir --realization parallel --quantize fixed", "init_biquad_float", "IIR_f", "float", 1e-5,
+       "par_blkfloat_fm1"},
   };
   for (const auto &c : cases) {
     const Workshop shop;
     shop.write("a.spc", example("lowpass.spc"));
     const Outcome made = shop.run(std::string("design a.spc ") + c.options + " --c f.c --json a.json");
     ASSERT_EQ(made.status, 0) << c.options << made.err;
+    EXPECT_NE(shop.read("f.c").find(c.routine), std::string::npos) << c.options;
     const auto impulse = Json::parse(shop.read("a.json"))["responses"]["impulse"].get<std::vector<double>>();
     std::istringstream out(run_generated_c(shop, "cc", {c.init, c.structure, c.element}));
     std::size_t i = 0;

@@ -65,8 +65,18 @@ TEST_F(OptionDialogsTest, QuantizationIsKeptOnlyWhenAccepted) {
   EXPECT_EQ(quantization_settings.quant, 1);
   EXPECT_EQ(quantization_settings.qtype, 0);
   EXPECT_EQ(quantization_settings.ibit, 12);
-  EXPECT_EQ(quantization_settings.rtype1, code(SectionStructure::float_5_multiplies));
+  const QuantizationSettings &q = quantization_settings;
+  const auto codes = [&] { return std::vector{q.rtype1, q.rtype2, q.rtype3, q.rtype4}; };
+  EXPECT_EQ(codes(), (std::vector{3, 1, 0, 0})) << "a floating-point sum has its own type";
   EXPECT_EQ(design_state.GainOption, code(FirScaling::one));
+  quantization_settings.rtype3 = quantization_settings.rtype4 = 1; // of a setup file
+  answer_with([&](QDialog &dialog) {
+    press(dialog, "pCascade1_Button");
+    press(dialog, "pType1_Button");
+    press(dialog, "pAccept_Button");
+  });
+  window->Output_Quantization();
+  EXPECT_EQ(codes(), (std::vector{1, 0, 0, 0}));
 }
 
 TEST_F(OptionDialogsTest, QuantizationRefusesWhatDoesNotExist) {
