@@ -49,7 +49,7 @@ TEST_F(WorkstationTest, CommandsWithoutWhatTheyNeedShowTheirMessage) {
               {"IIR &Quantized Z Domain Data ...", "needs an IIR design"},
               {"IIR Quantization &Analysis ...", "needs an IIR design"},
               {"&FIR Coefficients ...", "needs a FIR design"},
-              {"About Brisel ...", "Brisel 1"}};
+              {"About Brisel ...", "Copyright"}};
   for (const auto &row : rows) {
     dialogs.messages.clear();
     menu_item(row.item)->trigger();
