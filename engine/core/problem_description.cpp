@@ -35,7 +35,7 @@ std::string problem_description(const DesignRecord &r) {
       is_fir_method(method) || (method == code(DesignMethod::z_analysis) && is_fir_option(r.selections.z_input_option));
   const bool analog_only = method == code(DesignMethod::s_analysis) &&
                            r.selections.SDomainAnalysisRealizationMethod == code(ZTransform::s_domain_only);
-  out += fir ? formatf(", %d taps", r.fir.length)
+  out += fir ? formatf(r.fir.length == 1 ? ", %d tap" : ", %d taps", r.fir.length)
              : formatf(", order %d", (analog_only ? r.s_unnormalized : r.z).cascade.order);
   return out + ", " +
          arithmetic_description(r.quantization, fir ? r.quantization.qtype != 0
