@@ -50,11 +50,12 @@ Page method_page(FilterType type, int method) {
   }
 }
 
-// Runs a page and keeps its answer in `status`; false when it was cancelled.
-bool asked(Page page) {
+// Runs a page and keeps its answer in `status`.
+PageResult ask(Page page) {
   status = 0;
-  status = static_cast<int>(front_end->run_page(page));
-  return status != static_cast<int>(PageResult::cancelled);
+  const PageResult answer = front_end->run_page(page);
+  status = static_cast<int>(answer);
+  return answer;
 }
 
 bool is_group_delay_design() {
@@ -152,22 +153,26 @@ void design_minimum_phase(DesignRecord &r) {
   if (r.valid) r.valid = convert_to_minimum_phase();
 }
 
-// The design that stood when the run started, for a user who stops the run. Two megabytes and more, hence on the heap
-// and only while a run lasts.
+// The design that stood when a run started, for a run that ends without a result: the one copy of the record there is,
+// some megabytes, hence on the heap and only while a run lasts.
 struct SetAside {
   std::unique_ptr<DesignRecord> record;
   std::vector<std::string> notes;
+  PlotSettings plot;
 
   SetAside() {
     if (!design_record.valid) return;
     record = std::make_unique_for_overwrite<DesignRecord>();
     std::memcpy(record.get(), &design_record, sizeof design_record);
     notes = design_notes;
+    plot = plot_settings;
   }
   void put_back() {
-    if (!record) return;
+    const std::uint8_t runs = design_record.design_counter;
     std::memcpy(&design_record, record.get(), sizeof design_record);
+    design_record.design_counter = runs;
     design_notes = notes;
+    plot_settings = plot;
     if (is_fir_result())
       fir_plot_array();
     else
@@ -175,6 +180,18 @@ struct SetAside {
     front_end->refresh_plots();
   }
 };
+
+// The pages of a run, forwards and backwards.
+PageResult ask_pages() {
+  constexpr std::array stages{GetFilterParameters, GetOptionalFilterCompensationData, GetOptionalPhaseEqualizationData};
+  PageResult answer = PageResult::next;
+  for (std::size_t stage = 0; stage < stages.size();) {
+    answer = stages[stage](answer);
+    if (answer == PageResult::cancelled || (answer == PageResult::back && stage == 0)) break;
+    answer == PageResult::back ? stage-- : stage++;
+  }
+  return answer;
+}
 
 } // namespace
 
@@ -196,57 +213,76 @@ void SetFilterDesignType() {
   design_state.symmetry = static_cast<std::uint8_t>(odd_response ? FirSymmetry::antisymmetric : FirSymmetry::symmetric);
 }
 
-bool GetFilterParameters() {
+PageResult GetFilterParameters(PageResult way) {
   trace(" entering GetFilterParameters\n");
   const FilterType type{design_state.filter_type};
-  return asked(parameter_pages[design_state.filter_type]) &&
-         asked(method_page(type, design_state.DesignOrAnalysisType));
+  const Page pages[] = {parameter_pages[design_state.filter_type],
+                        method_page(type, design_state.DesignOrAnalysisType)};
+  for (int page = way == PageResult::back; page < 2;) {
+    const PageResult answer = ask(pages[page]);
+    if (answer == PageResult::cancelled || (answer == PageResult::back && page == 0)) return answer;
+    page += answer == PageResult::back ? -1 : 1;
+  }
+  current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
+  return PageResult::next;
 }
 
-bool GetOptionalFilterCompensationData() {
+PageResult GetOptionalFilterCompensationData(PageResult way) {
   trace(" entering GetOptionalFilterCompensationData\n");
-  return !design_state.CompensationOption || is_group_delay_design() || asked(Page::compensation);
+  return design_state.CompensationOption && !is_group_delay_design() ? ask(Page::compensation) : way;
 }
 
-bool GetOptionalPhaseEqualizationData() {
+PageResult GetOptionalPhaseEqualizationData(PageResult way) {
   trace(" entering GetOptionalPhaseEqualizationData\n");
-  return !design_state.PhaseEqualizationOption || is_fir_method(design_state.DesignOrAnalysisType) ||
-         is_group_delay_design() || asked(Page::phase_equalization);
+  const bool wanted = design_state.PhaseEqualizationOption && !is_fir_method(design_state.DesignOrAnalysisType) &&
+                      !is_group_delay_design();
+  return wanted ? ask(Page::phase_equalization) : way;
 }
 
-void design_filter() {
+void refuse_run(Message number, std::string_view detail) {
+  post_message(number, detail);
+  if (design_record.valid) front_end->wants_previous_design(RunEnd::refused);
+}
+
+PageResult design_filter() {
   SetFilterDesignType();
-  const auto went_back = [] { return status == static_cast<int>(PageResult::back); };
-  do {
-    do {
-      if (!GetFilterParameters()) return;
-    } while (went_back());
-    current_spec->sampling_period = two_pi / current_spec->sampling_frequency;
-    if (!GetOptionalFilterCompensationData()) return;
-    if (!went_back() && !GetOptionalPhaseEqualizationData()) return;
-  } while (went_back());
+  if (const PageResult answer = ask_pages(); answer != PageResult::next) return answer;
 
   // Whoever filled it in: these types have no edges of their own.
   const FilterType type{design_state.filter_type};
   if (type == FilterType::raised_cosine || type == FilterType::root_raised_cosine)
     derive_raised_cosine_edges(*current_spec);
-  if (const auto complaint = check_spec(*current_spec))
-    return post_message(Message::impossible_specification, complaint->reason);
-  if (const auto refused = refused_option()) return post_message(refused->number, refused->detail);
-
-  run_with_progress([] {
-    filter_dsgn_dsgn();
-    filter_dsgn_quan();
-  });
+  if (const auto complaint = check_spec(*current_spec)) {
+    refuse_run(Message::impossible_specification, complaint->reason);
+  } else if (const auto refused = refused_option()) {
+    refuse_run(refused->number, refused->detail);
+  } else {
+    run_with_progress([] {
+      filter_dsgn_dsgn();
+      filter_dsgn_quan();
+    });
+  }
+  return PageResult::next;
 }
 
 void run_with_progress(const std::function<void()> &stages) {
   SetAside previous;
+  const auto end = [&] {
+    const bool ended = stop_asked || !design_record.valid;
+    if (ended && previous.record && front_end->wants_previous_design(stop_asked ? RunEnd::stopped : RunEnd::failed))
+      previous.put_back();
+    front_end->announce("Ready");
+  };
   stop_asked = false;
   front_end->announce("Working...");
-  stages();
-  if (stop_asked) previous.put_back();
-  front_end->announce("Ready");
+  try {
+    stages();
+  } catch (...) { // there is not enough memory: whoever runs the engine says so
+    design_record.valid = 0;
+    end();
+    throw;
+  }
+  end();
 }
 
 void begin_record(double sampling_frequency) {

@@ -30,6 +30,9 @@ enum class Page {
 /// What a page answers; the numbers are those of `status`.
 enum class PageResult : int { cancelled = 0, next = 1, back = 3 };
 
+/// How a run ends that has no result.
+enum class RunEnd { stopped, failed, refused };
+
 class FrontEnd {
 public:
   /// Runs a page; it has filled the design state when it answers `next`.
@@ -48,6 +51,8 @@ public:
   virtual bool progress(double fraction) = 0;
   /// The response arrays are new.
   virtual void refresh_plots() = 0;
+  /// A run ended without a result while there was a design before it. True asks for that design.
+  virtual bool wants_previous_design(RunEnd) { return false; }
 
 protected:
   ~FrontEnd() = default; // never owned through this class

@@ -187,7 +187,7 @@ double highest_root_frequency(InputOption option, const SystemEntries &entries) 
 
 void analyze_system(const std::string &note) {
   const double rate = entered_sample_rate();
-  if (!(rate > 0)) return post_message(Message::system_has_no_form);
+  if (!(rate > 0)) return refuse_run(Message::system_has_no_form);
   run_with_progress([&] {
     begin_record(rate);
     if (!note.empty()) design_notes.push_back(note);

@@ -46,10 +46,8 @@ int chosen_button(const QDialog &dialog, const char *name) {
   return 0;
 }
 
-cFirDesignDialogImpl::cFirDesignDialogImpl(QWidget *parent, const QString &method)
-    : SequencePage(parent, "fir-design") {
+cFirDesignDialogImpl::cFirDesignDialogImpl(QWidget *parent) : SequencePage(parent, "fir-design") {
   setupUi(this);
-  setWindowTitle(windowTitle() + " - " + method);
   choose_button(*this, "Type", position(fir_types, design_state.filter_type));
   choose_button(*this, "Mode", design_state.FrequencyMode != 0);
   choose_button(*this, "Compensation", design_state.CompensationOption != 0);

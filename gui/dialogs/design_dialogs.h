@@ -9,7 +9,7 @@ namespace brisel {
 
 class cFirDesignDialogImpl : public SequencePage, private Ui::cFirDesignDialog {
 public:
-  cFirDesignDialogImpl(QWidget *parent, const QString &method);
+  explicit cFirDesignDialogImpl(QWidget *parent);
 
 private:
   void read() override {}

@@ -58,7 +58,7 @@ cBriselApp::cBriselApp() : front(*this) {
   build_plot_windows();
   restore_place();
   update_status();
-  statusBar()->showMessage("Ready");
+  show_state("Ready");
 }
 
 cBriselApp::~cBriselApp() {
@@ -145,14 +145,20 @@ void cBriselApp::build_status_bar() {
     for (const std::string &note : design_notes) text += note + "\n\n";
     front.show_text(text);
   });
+  run_end_label = new QLabel(this);
+  run_end_label->setObjectName("RunEnd_Label");
   design_label = new QLabel(this);
   snap_label = new QLabel(this);
-  for (QWidget *widget : std::initializer_list<QWidget *>{progress_bar, stop_button, notes_button}) {
+  for (QWidget *widget : std::initializer_list<QWidget *>{progress_bar, stop_button, run_end_label, notes_button}) {
     statusBar()->addPermanentWidget(widget);
     widget->hide();
   }
   statusBar()->addPermanentWidget(design_label);
   statusBar()->addPermanentWidget(snap_label);
+  // A status tip takes the place of the state and leaves it empty.
+  connect(statusBar(), &QStatusBar::messageChanged, this, [this](const QString &text) {
+    if (text.isEmpty()) statusBar()->showMessage(state);
+  });
 }
 
 void cBriselApp::build_plot_windows() {
@@ -226,7 +232,18 @@ void cBriselApp::leave_engine() {
 // --- what the window shows of the engine's state
 
 bool cBriselApp::has_result() const {
-  return design_record.valid != 0;
+  return design_record.valid != 0 && !running;
+}
+
+void cBriselApp::show_state(const QString &text) {
+  state = text;
+  statusBar()->showMessage(state);
+}
+
+void cBriselApp::show_run_end(RunEnd end) {
+  constexpr std::array ends{"Stopped", "Failed", "Refused"};
+  run_end_label->setText(QString(ends[static_cast<std::size_t>(end)]) + ": the previous design is shown");
+  run_end_label->show();
 }
 
 void cBriselApp::update_status() {
@@ -255,10 +272,12 @@ void cBriselApp::refresh_plots() {
 
 void cBriselApp::recompute_responses() {
   if (!has_result()) return;
+  const bool is_previous = !run_end_label->isHidden();
   front.announce("Working...");
   design_record.plot = plot_settings;
   filter_dsgn_plot();
   front.announce("Ready");
+  run_end_label->setVisible(is_previous);
 }
 
 void cBriselApp::display_settings_changed() {
@@ -268,6 +287,7 @@ void cBriselApp::display_settings_changed() {
 
 void cBriselApp::run_begins() {
   running = true;
+  run_end_label->hide();
 }
 
 void cBriselApp::show_progress(double fraction) {

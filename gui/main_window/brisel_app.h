@@ -15,8 +15,11 @@
 #include <QMainWindow>
 
 #include <array>
+#include <functional>
+#include <memory>
 #include <optional>
 
+class QDialog;
 class QLabel;
 class QMdiArea;
 class QMdiSubWindow;
@@ -27,6 +30,7 @@ class QToolButton;
 
 namespace brisel {
 
+class SelectionsBefore;
 class TextViewDialog;
 class cBriselMdiChild;
 
@@ -59,7 +63,12 @@ public:
   void run_ends();
   /// The run takes its time: commands are disabled, progress bar and Stop button show.
   void show_progress(double fraction);
+  /// The run has no result; the design before it is shown again, which a label says until the next run.
+  void show_run_end(RunEnd end);
+  /// A text of the status bar that status tips cover only while they show.
+  void show_state(const QString &text);
 
+  /// A design or analysis to show, which there is none of while a run works on it.
   bool has_result() const;
   const PlotStyle &style_of_plots() const { return pens_and_fonts; }
   cBriselMdiChild *plot_window(PlotKind kind) const { return plots[static_cast<std::size_t>(kind)]; }
@@ -160,9 +169,14 @@ private:
   void load_coefficients(const QString &path);
   /// A file was loaded or written: the next dialog of the command begins there.
   void remember(FileCommand command, const QString &path);
-  /// Runs the pages and the design. When a page is cancelled, the selections are those before the command again.
-  void start_design(DesignState selections_before);
+  /// Runs the pages and the design. When a page is cancelled, the selections are those before the command again. False
+  /// when the first page was left backwards, to the page of the command.
+  bool start_design(const SelectionsBefore &before, bool page_before = false);
+  /// The page of the command, then the design by that method.
+  void start_design_from(const std::function<std::unique_ptr<QDialog>()> &page, DesignMethod method);
   void start_analysis();
+  /// Runs what needs memory and tells when there is not enough.
+  void guarded(const std::function<void()> &run);
   /// False, after message 209, when there is neither a design nor an analysis.
   bool needs_result() const;
   bool is_iir_design() const;
@@ -192,6 +206,8 @@ private:
   QMenu *recent_menu = nullptr;
   QMenu *window_menu = nullptr;
   QAction *snap_action = nullptr;
+  QString state; // of the status bar
+  QLabel *run_end_label = nullptr;
   QLabel *design_label = nullptr;
   QLabel *snap_label = nullptr;
   QToolButton *notes_button = nullptr;

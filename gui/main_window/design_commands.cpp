@@ -37,43 +37,57 @@ constexpr std::array option_of_position{
 
 } // namespace
 
-// A cancelled run leaves no trace in the selections and specifications.
-void cBriselApp::start_design(DesignState selections_before) {
+/// What a command may change before its run: a cancelled one leaves no trace in selections and specifications.
+class SelectionsBefore {
+public:
+  void put_back() const {
+    design_state = selections;
+    spec = *specifications;
+    current_spec = current;
+  }
+
+private:
+  DesignState selections = design_state;
+  std::unique_ptr<std::array<FilterSpec, filter_type_count>> specifications =
+      std::make_unique<std::array<FilterSpec, filter_type_count>>(spec);
+  FilterSpec *current = current_spec;
+};
+
+void cBriselApp::guarded(const std::function<void()> &run) {
   try {
-    const auto specifications_before = std::make_unique<std::array<FilterSpec, filter_type_count>>(spec);
-    FilterSpec *const current_before = current_spec;
-    front.forget_pages();
-    design_filter();
-    if (front.was_cancelled()) {
-      spec = *specifications_before;
-      current_spec = current_before;
-      design_state = selections_before;
-    }
+    run();
   } catch (const std::bad_alloc &) {
-    design_record.valid = 0;
-    front.announce("Ready");
     front.show_text("There is not enough memory for this design.");
   }
 }
 
+bool cBriselApp::start_design(const SelectionsBefore &before, bool page_before) {
+  PageResult answer = PageResult::next;
+  front.begin_pages(page_before);
+  guarded([&] { answer = design_filter(); });
+  if (answer == PageResult::cancelled) before.put_back();
+  return answer != PageResult::back;
+}
+
+void cBriselApp::start_design_from(const std::function<std::unique_ptr<QDialog>()> &page, DesignMethod method) {
+  const SelectionsBefore before;
+  do {
+    if (page()->exec() != QDialog::Accepted) return before.put_back();
+    design_state.DesignOrAnalysisType = code(method);
+  } while (!start_design(before, true));
+}
+
 void cBriselApp::start_analysis() {
-  analyze_system();
+  guarded([] { analyze_system(); });
 }
 
 void cBriselApp::Design_IIR() {
-  const DesignState before = design_state;
-  if (cIirDesignDialogImpl(this).exec() != QDialog::Accepted) return;
-  design_state.DesignOrAnalysisType = code(DesignMethod::iir);
-  start_design(before);
+  start_design_from([this] { return std::make_unique<cIirDesignDialogImpl>(this); }, DesignMethod::iir);
 }
 
 void cBriselApp::Design_FIR(int position) {
-  const DesignState before = design_state;
-  const std::string_view name = design_methods[static_cast<std::size_t>(position)].name;
-  cFirDesignDialogImpl dialog(this, QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
-  if (dialog.exec() != QDialog::Accepted) return;
-  design_state.DesignOrAnalysisType = static_cast<std::int8_t>(position);
-  start_design(before);
+  start_design_from([this] { return std::make_unique<cFirDesignDialogImpl>(this); },
+                    DesignMethod{static_cast<std::int8_t>(position)});
 }
 
 void cBriselApp::Design_PoleZeroDesign() {
@@ -85,7 +99,7 @@ void cBriselApp::Design_LeastSquares() {
 }
 
 void cBriselApp::FilterMenuActivated(int position) {
-  const DesignState before = design_state;
+  const SelectionsBefore before;
   design_state.filter_type = code(filter_of_position[static_cast<std::size_t>(position)]);
   start_design(before);
 }
@@ -93,11 +107,11 @@ void cBriselApp::FilterMenuActivated(int position) {
 void cBriselApp::Filter_Special_PhaseShift() {
   cPhaseShiftSpecDialogImpl dialog(this);
   // What is impossible was marked while it was typed, and OK stayed disabled.
-  if (dialog.exec() == QDialog::Accepted) static_cast<void>(phase_shift_design(dialog.wanted()));
+  if (dialog.exec() == QDialog::Accepted) guarded([&] { static_cast<void>(phase_shift_design(dialog.wanted())); });
 }
 
 void cBriselApp::Filter_StartDesign() {
-  start_design(design_state);
+  start_design(SelectionsBefore());
 }
 
 void cBriselApp::Analysis_ZDomain(int position) {

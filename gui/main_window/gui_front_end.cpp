@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QMessageBox>
-#include <QStatusBar>
 
 #include <cstdio>
 
@@ -40,13 +39,12 @@ GuiFrontEnd::~GuiFrontEnd() {
 }
 
 PageResult GuiFrontEnd::run_page(Page page) {
-  const PageResult result = run_design_page(page, &window);
-  page_cancelled = result == PageResult::cancelled;
-  return result;
+  const bool first = page <= Page::raised_cosine_parameters; // those of the filter types
+  return way = run_design_page(page, &window, way, !first || command_has_page);
 }
 
 void GuiFrontEnd::announce(std::string_view text) {
-  window.statusBar()->showMessage(text_of(text));
+  window.show_state(text_of(text));
   if (text == "Working...") {
     window.run_begins();
     since_start.start();
@@ -84,6 +82,11 @@ bool GuiFrontEnd::progress(double fraction) {
 
 void GuiFrontEnd::refresh_plots() {
   window.refresh_plots();
+}
+
+bool GuiFrontEnd::wants_previous_design(RunEnd end) {
+  window.show_run_end(end);
+  return true;
 }
 
 } // namespace brisel

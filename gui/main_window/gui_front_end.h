@@ -17,9 +17,11 @@ public:
   /// The run that is going on, if any, ends at its next report.
   void stop() { stop_pressed = true; }
 
-  /// Whether the user cancelled the last page of a run.
-  bool was_cancelled() const { return page_cancelled; }
-  void forget_pages() { page_cancelled = false; }
+  /// The pages of a run come next. `page_before` says that a page of the command led to them.
+  void begin_pages(bool page_before) {
+    way = PageResult::next;
+    command_has_page = page_before;
+  }
 
   PageResult run_page(Page page) override;
   void announce(std::string_view text) override;
@@ -28,6 +30,7 @@ public:
   void reader_complaint(std::string_view text) override;
   bool progress(double fraction) override;
   void refresh_plots() override;
+  bool wants_previous_design(RunEnd end) override;
 
 private:
   cBriselApp &window;
@@ -35,7 +38,8 @@ private:
   QElapsedTimer since_events;
   bool shows_progress = false;
   bool stop_pressed = false;
-  bool page_cancelled = false;
+  PageResult way = PageResult::next; // on which the last page was left
+  bool command_has_page = false;
 };
 
 } // namespace brisel

@@ -38,10 +38,12 @@ void cBriselApp::Output_CreateSpecficationFile() {
     return Output_CreateSystemAnalysisFile();
   const QString path = files.save(this, FileCommand::create_specification);
   if (path.isEmpty()) return;
-  current_spec->unit = design_state.FrequencyMode;
+  // That of the filter shown: the current one may be of a run that failed since.
+  FilterSpec shown = design_record.loaded;
+  shown.unit = design_record.selections.FrequencyMode;
   std::string why;
-  if (!write_filter_spec(path.toStdString(), *current_spec, &why)) return post_message(Message::write_failed, why);
-  if (const std::string note = changed_by_columns(*current_spec); !note.empty()) front.show_text(note);
+  if (!write_filter_spec(path.toStdString(), shown, &why)) return post_message(Message::write_failed, why);
+  if (const std::string note = changed_by_columns(shown); !note.empty()) front.show_text(note);
   written(FileCommand::create_specification, path);
 }
 

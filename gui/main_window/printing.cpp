@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
-#include <QStatusBar>
 
 namespace brisel {
 
@@ -37,7 +36,7 @@ void print_plots(cBriselApp &window) {
   QPrintDialog set_up(&printer, &window);
   if (set_up.exec() != QDialog::Accepted) return;
   if (printer.outputFormat() == QPrinter::NativeFormat) workplace_names.pp_pname = printer.printerName().toStdString();
-  window.statusBar()->showMessage("Printing ... ");
+  window.show_state("Printing ... ");
   if (!print_plots_on(printer, selection.mask()))
     QMessageBox::critical(&window, "Brisel", "Unable to print to selected printer.");
 }

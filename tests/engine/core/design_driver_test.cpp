@@ -99,21 +99,35 @@ TEST(DesignRun, OpensThePagesOfTypeAndMethod) {
   }
 }
 
-TEST(DesignRun, GoesBackToTheFirstPageAndForgetsNothingWhenCancelled) {
+TEST(DesignRun, PrevOpensThePageBefore) {
+  using enum Page;
+  const struct {
+    std::vector<PageResult> answers;
+    std::vector<Page> pages;
+    PageResult end;
+  } rows[] = {
+      {{PageResult::back}, {low_high_parameters}, PageResult::back}, // to whoever started the run
+      {{PageResult::next, PageResult::back, PageResult::cancelled},
+       {low_high_parameters, iir, low_high_parameters},
+       PageResult::cancelled},
+      {{PageResult::next, PageResult::next, PageResult::next, PageResult::back, PageResult::back, PageResult::back,
+        PageResult::back},
+       {low_high_parameters, iir, compensation, phase_equalization, compensation, iir, low_high_parameters},
+       PageResult::back},
+  };
   Engine engine;
   design_filter();
   const double tap = design_record.fir.coeff[3];
-  int visits = 0;
-  engine.front.pages.clear();
-  engine.front.answer = [&](Page page) {
-    if (page != Page::window) return PageResult::next;
-    return ++visits == 1 ? PageResult::back : PageResult::cancelled;
-  };
-  design_filter();
-  EXPECT_EQ(engine.front.pages,
-            (std::vector{Page::low_high_parameters, Page::window, Page::low_high_parameters, Page::window}));
-  EXPECT_TRUE(design_record.valid) << "the design before the cancelled run";
-  EXPECT_EQ(design_record.fir.coeff[3], tap);
+  for (const auto &row : rows) {
+    design_state.DesignOrAnalysisType = code(DesignMethod::iir);
+    design_state.CompensationOption = design_state.PhaseEqualizationOption = 1;
+    engine.front.pages.clear();
+    engine.front.answer = [&](Page) { return row.answers[engine.front.pages.size() - 1]; };
+    EXPECT_EQ(design_filter(), row.end);
+    EXPECT_EQ(engine.front.pages, row.pages);
+    EXPECT_TRUE(design_record.valid) << "the design before the cancelled run";
+    EXPECT_EQ(design_record.fir.coeff[3], tap);
+  }
 }
 
 TEST(DesignRun, RefusesWhatIsImpossibleOrMissingBeforeItStarts) {

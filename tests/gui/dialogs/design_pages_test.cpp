@@ -160,11 +160,12 @@ TEST_F(DesignPagesTest, PrevKeepsTheValuesOfEveryPage) {
              type(dialog, "pLength_Edit", "77");
              click(dialog, "pPrev_Button");
            },
-           next,
            [](QDialog &dialog) {
              EXPECT_EQ(text_in(dialog, "pDV1_Edit"), "0.75");
-             next(dialog);
+             click(dialog, "pPrev_Button");
            },
+           next,
+           next,
            [](QDialog &dialog) {
              EXPECT_EQ(text_in(dialog, "pLength_Edit"), "77");
              next(dialog);
@@ -272,9 +273,16 @@ TEST_F(DesignPagesTest, TheDesignMenuBeginsWithItsSelections) {
     type(dialog, "pStages_Edit", "4");
     next(dialog);
   };
-  steps = {choose, next, next, comb};
+  const auto back = [](QDialog &dialog) { click(dialog, "pPrev_Button"); };
+  steps = {choose, back, cancel};
   window->Design_FIR(2);
-  EXPECT_EQ(seen, (QStringList{"cFirDesignDialog", "cHalfbandSpecDialog", "cEqLpLsEstDialog", "cCompSpecDialog"}));
+  EXPECT_EQ(seen, (QStringList{"cFirDesignDialog", "cHalfbandSpecDialog", "cFirDesignDialog"}));
+  EXPECT_EQ(design_state.filter_type, code(FilterType::low_pass)) << "cancelled";
+
+  walk({choose, back, choose, next, next, comb});
+  window->Design_FIR(2);
+  EXPECT_EQ(seen, (QStringList{"cFirDesignDialog", "cHalfbandSpecDialog", "cFirDesignDialog", "cHalfbandSpecDialog",
+                               "cEqLpLsEstDialog", "cCompSpecDialog"}));
   ASSERT_TRUE(design_record.valid) << dialogs.messages.join("; ").toStdString();
   EXPECT_EQ(design_record.loaded.type, code(FilterType::half_band));
   EXPECT_EQ(design_record.loaded.sampling_frequency, 8000) << "radians per second";

@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QStatusTipEvent>
 
 namespace brisel {
 namespace {
@@ -97,29 +98,83 @@ TEST_F(WorkstationTest, TheStopButtonEndsTheRun) {
   front_end->announce("Ready");
 }
 
-TEST_F(WorkstationTest, AStoppedDesignPutsTheEarlierOneBack) {
+TEST_F(WorkstationTest, ARunWithoutAResultPutsTheEarlierDesignBack) {
   design_lowpass();
   const std::vector<double> magnitude(plot_arrays.magnitude.begin(), plot_arrays.magnitude.end());
   const int taps = design_record.fir.length;
-  // A transition band of 6 Hz at 8 kHz: some thousand taps.
-  current_spec->stopband_edge[0] = current_spec->passband_edge[0] + 6 * two_pi;
+  const FilterSpec designed = *current_spec;
+  const double half = plot_settings.frequency_range[1];
   auto *stop = window->findChild<QPushButton *>("Stop_Button");
-  bool was_offered = false;
+  auto *end = window->findChild<QLabel *>("RunEnd_Label");
+  const auto labels = [&] {
+    QStringList texts;
+    for (const QLabel *label : window->statusBar()->findChildren<QLabel *>())
+      if (label != end) texts.append(label->text());
+    return texts;
+  };
+  const QStringList captions = labels();
+  const struct {
+    const char *label;
+    DesignMethod method;
+    void (*change)(FilterSpec &);
+  } rows[] = {
+      {"Stopped", DesignMethod::equiripple, // a transition band of 6 Hz at 8 kHz: some thousand taps
+       [](FilterSpec &s) { s.stopband_edge[0] = s.passband_edge[0] + 6 * two_pi; }},
+      {"Failed", DesignMethod::linear_programming,
+       [](FilterSpec &s) {
+         s.sampling_frequency *= 2; // and other plot ranges
+         s.length = max_taps;       // there are not so many points
+       }},
+      {"Refused", DesignMethod::window, [](FilterSpec &s) { s.stopband_ripple = -1; }},
+  };
   QTimer watch;
+  bool was_offered = false;
   QObject::connect(&watch, &QTimer::timeout, [&] {
-    if (!stop->isVisible()) return QTest::qSleep(100); // the slowest of computers
+    if (!stop->isVisible()) return QTest::qSleep(100); // the run must last until the button shows
     was_offered = true;
     EXPECT_EQ(window->statusBar()->currentMessage(), "Working...");
+    EXPECT_FALSE(window->has_result()) << "nothing half made is shown";
     QTest::mouseClick(stop, Qt::LeftButton);
   });
-  watch.start(10);
-  window->Design_FIR(2);
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.label);
+    design_state.FrequencyMode = 1; // of the run that fails
+    row.change(*current_spec = designed);
+    if (row.method == DesignMethod::equiripple) watch.start(10);
+    design_state.DesignOrAnalysisType = code(row.method);
+    dialogs.answer = [](QDialog &dialog) { dialog.done(QDialog::Accepted); };
+    window->Filter_StartDesign();
+    watch.stop();
+    EXPECT_TRUE(end->isVisible());
+    EXPECT_EQ(end->text(), QString(row.label) + ": the previous design is shown");
+    EXPECT_EQ(labels(), captions);
+    EXPECT_TRUE(window->has_result());
+    EXPECT_EQ(design_record.fir.length, taps);
+    EXPECT_EQ(plot_settings.frequency_range[1], half);
+    EXPECT_TRUE(std::equal(magnitude.begin(), magnitude.end(), plot_arrays.magnitude.begin()));
+    EXPECT_FALSE(plot_state.radians);
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Ready");
+    take_screenshot(*window, row.label);
+  }
   EXPECT_TRUE(was_offered);
-  EXPECT_TRUE(window->has_result());
-  EXPECT_EQ(design_record.fir.length, taps);
-  EXPECT_TRUE(std::equal(magnitude.begin(), magnitude.end(), plot_arrays.magnitude.begin()));
+  EXPECT_EQ(dialogs.messages.size(), 2) << "of what failed and what was refused";
+  dialogs.file_names = {at("shown")};
+  window->Output_CreateSpecficationFile();
+  window->recompute_responses();
+  EXPECT_TRUE(end->isVisible());
+  design_lowpass();
+  EXPECT_FALSE(end->isVisible());
+  dialogs.file_names = {at("loaded")};
+  window->Output_CreateSpecficationFile();
+  EXPECT_EQ(folder.read("shown.spc"), folder.read("loaded.spc")) << "the specification of the design shown";
+}
+
+TEST_F(WorkstationTest, TheStateSurvivesAStatusTip) {
+  QStatusTipEvent tip("Lowpass filter"), gone("");
+  QCoreApplication::sendEvent(window.get(), &tip);
+  EXPECT_EQ(window->statusBar()->currentMessage(), "Lowpass filter");
+  QCoreApplication::sendEvent(window.get(), &gone);
   EXPECT_EQ(window->statusBar()->currentMessage(), "Ready");
-  EXPECT_EQ(dialogs.messages, QStringList{});
 }
 
 TEST(CommandLine, TellsTheWorkstationFromABatchJob) {

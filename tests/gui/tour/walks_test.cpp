@@ -150,7 +150,8 @@ protected:
     }
   }
 
-  /// The pages in their order; the last is left backwards once, and then all must have kept their values.
+  /// The pages in their order, from the last back to the first of the specification, and forth again: all must have
+  /// kept their values.
   void turn_page(QDialog &dialog) {
     const QString name = dialog.objectName();
     if (page >= pages.size()) return dialog.reject();
@@ -162,11 +163,10 @@ protected:
       const auto *edit = *entry.field ? dialog.findChild<QLineEdit *>(entry.field) : nullptr;
       EXPECT_EQ(edit ? edit->text() : entry.text, entry.text) << entry.field;
     }
-    const bool last = page + 1 == pages.size();
-    if (last && !went_back && dialog.findChild<QPushButton *>("pPrev_Button")) {
-      went_back = true;
-      page = first_page;
-      // Prev on a method's page leads to the first page of the specification.
+    if (page + 1 == pages.size() && !went_back) went_back = going_back = true;
+    going_back = going_back && page > first_page;
+    if (going_back) {
+      page--;
       QTest::mouseClick(dialog.findChild<QPushButton *>("pPrev_Button"), Qt::LeftButton);
       return;
     }
@@ -248,7 +248,7 @@ protected:
 
   std::vector<WalkPage> pages;
   std::size_t page = 0, first_page = 0;
-  bool went_back = false;
+  bool went_back = false, going_back = false;
   int walks = 0, compared = 0;
 };
 
