@@ -17,20 +17,6 @@ QString text_of(const SpecRow &row, const FilterSpec &spec) {
   return is_frequency(row.unit) ? shown_frequency(value) : shown(value);
 }
 
-QString unit_text(FieldUnit unit) {
-  switch (unit) {
-  case FieldUnit::frequency:
-    return frequency_unit();
-  case FieldUnit::decibel:
-    return "dB";
-  case FieldUnit::percent:
-    return "%";
-  case FieldUnit::plain:
-    break;
-  }
-  return {};
-}
-
 } // namespace
 
 FilterSpec starting_spec(int type, double unit_factor) {
@@ -122,7 +108,7 @@ void SpecPage::bind(std::vector<SpecRow> bound, bool with_units) {
   rows = std::move(bound);
   for (const SpecRow &row : rows) {
     row.edit->setText(text_of(row, typed));
-    if (with_units) add_unit(row.edit, unit_text(row.unit));
+    if (with_units && is_frequency(row.unit)) add_unit(row.edit, frequency_unit());
   }
 }
 

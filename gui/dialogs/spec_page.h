@@ -8,7 +8,8 @@
 
 namespace brisel {
 
-enum class FieldUnit { frequency, decibel, percent, plain };
+/// Labels name the units of ripples.
+enum class FieldUnit { frequency, plain };
 
 struct SpecRow {
   QLineEdit *edit;
@@ -22,7 +23,7 @@ protected:
   /// `whole` says that the page completes a specification; on the first of two pages only its own fields are checked.
   SpecPage(QWidget *parent, const char *help_page, bool whole = true);
 
-  /// Shows the fields. `with_units` puts their units behind them.
+  /// Shows the fields. `with_units` puts the unit behind frequencies.
   void bind(std::vector<SpecRow> rows, bool with_units = true);
 
   void read() override;

@@ -11,7 +11,6 @@ namespace brisel {
 namespace {
 
 constexpr auto hz = FieldUnit::frequency;
-constexpr auto db = FieldUnit::decibel;
 
 QString caption(int type) {
   const std::string_view name = filter_types[static_cast<std::size_t>(type)].dialog_name;
@@ -25,8 +24,8 @@ cLowHighSpecDialogImpl::cLowHighSpecDialogImpl(QWidget *parent) : SpecPage(paren
   bind({{SamplingFrequency_Edit, SpecField::sampling_frequency, 0, hz},
         {PassbandFrequency_Edit, SpecField::passband_edge, 0, hz},
         {StopbandFrequency_Edit, SpecField::stopband_edge, 0, hz},
-        {PassbandRipple_Edit, SpecField::passband_ripple, 0, db},
-        {StopbandRipple_Edit, SpecField::stopband_ripple, 0, db}});
+        {PassbandRipple_Edit, SpecField::passband_ripple},
+        {StopbandRipple_Edit, SpecField::stopband_ripple}});
   begin();
 }
 
@@ -37,8 +36,8 @@ cBandPassStopSpecDialogImpl::cBandPassStopSpecDialogImpl(QWidget *parent) : Spec
         {pPassbandFreq1_Edit, SpecField::passband_edge, 1, hz},
         {pStopbandFreq0_Edit, SpecField::stopband_edge, 0, hz},
         {pStopbandFreq1_Edit, SpecField::stopband_edge, 1, hz},
-        {pPassbandRipple_Edit, SpecField::passband_ripple, 0, db},
-        {pStopbandRipple_Edit, SpecField::stopband_ripple, 0, db}});
+        {pPassbandRipple_Edit, SpecField::passband_ripple},
+        {pStopbandRipple_Edit, SpecField::stopband_ripple}});
   begin();
 }
 
@@ -47,7 +46,7 @@ cDifferSpecDialogImpl::cDifferSpecDialogImpl(QWidget *parent) : SpecPage(parent,
   bind({{pSampFreq_Edit, SpecField::sampling_frequency, 0, hz},
         {pEdge1Freq_Edit, SpecField::passband_edge, 0, hz},
         {pEdge2Freq_Edit, SpecField::passband_edge, 1, hz},
-        {pRipple_Edit, SpecField::passband_ripple, 0, FieldUnit::percent},
+        {pRipple_Edit, SpecField::passband_ripple},
         {pSlope_Edit, SpecField::slope}});
   begin();
 }
@@ -57,7 +56,7 @@ cHilbertSpecDialogImpl::cHilbertSpecDialogImpl(QWidget *parent) : SpecPage(paren
   bind({{pSampFreq_Edit, SpecField::sampling_frequency, 0, hz},
         {pEdge1Freq_Edit, SpecField::passband_edge, 0, hz},
         {pEdge2Freq_Edit, SpecField::passband_edge, 1, hz},
-        {pRipple_Edit, SpecField::passband_ripple, 0, FieldUnit::percent}});
+        {pRipple_Edit, SpecField::passband_ripple}});
   begin();
 }
 
@@ -65,7 +64,7 @@ cHalfbandSpecDialogImpl::cHalfbandSpecDialogImpl(QWidget *parent) : SpecPage(par
   setupUi(this);
   bind({{pSampFreq_Edit, SpecField::sampling_frequency, 0, hz},
         {pPassFreq_Edit, SpecField::passband_edge, 0, hz},
-        {pRipple_Edit, SpecField::stopband_ripple, 0, db}});
+        {pRipple_Edit, SpecField::stopband_ripple}});
   begin();
 }
 
@@ -75,8 +74,8 @@ cRaiseCosSpecDialogImpl::cRaiseCosSpecDialogImpl(QWidget *parent) : SpecPage(par
   bind({{pSampFreq_Edit, SpecField::sampling_frequency, 0, hz},
         {pSymbol_Edit, SpecField::symbol_rate, 0, hz},
         {pRolloff_Edit, SpecField::rolloff},
-        {pPassRipple_Edit, SpecField::passband_ripple, 0, db},
-        {pStopRipple_Edit, SpecField::stopband_ripple, 0, db}});
+        {pPassRipple_Edit, SpecField::passband_ripple},
+        {pStopRipple_Edit, SpecField::stopband_ripple}});
   begin();
 }
 

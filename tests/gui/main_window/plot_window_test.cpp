@@ -92,6 +92,7 @@ TEST_F(PlotWindowTest, RightDragZoomsAndThreeWaysLeadBack) {
   const Range whole = child.last_layout().x_axis.range;
   const auto zoom = [&] {
     const QPoint from = middle(child) - QPoint(41, 30), to = middle(child) + QPoint(37, 30);
+    child.grab(); // of what zooming back left
     const PlotLayout before = child.last_layout();
     drag_right(child, from, to);
     ASSERT_TRUE(child.is_zoomed());
@@ -125,7 +126,7 @@ TEST_F(PlotWindowTest, WheelZoomsAtThePointer) {
   EXPECT_LT(l.x_axis.range[1] - l.x_axis.range[0], whole[1] - whole[0]);
   double width = l.x_axis.range[1] - l.x_axis.range[0];
   // The frame itself moves by as much as the labels get longer.
-  EXPECT_NEAR(l.x_map().value(at.x()), before, 0.05 * width);
+  EXPECT_NEAR(l.x_map().value(at.x()), before, 0.1 * width);
   for (int turn = 0; turn < 5; turn++) { // single notches go on, too
     for (int notch = 0; notch < 4; notch++) turn_wheel(child, at, 1);
     EXPECT_LT(l.x_axis.range[1] - l.x_axis.range[0], 0.7 * width);
