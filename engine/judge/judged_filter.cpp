@@ -97,28 +97,27 @@ private:
 };
 
 /// A point of the unit circle, for polynomials of degree 2 without cancellation near z = 1 and z = -1.
-struct CirclePoint {
-  explicit CirclePoint(double w)
-      : sine(std::sin(w)), cosine(std::cos(w)), low(cosine > 0),
-        square(low ? 2 * std::pow(std::sin(w / 2), 2) : 2 * std::pow(std::cos(w / 2), 2)) {}
+template <class Real> struct CirclePoint {
+  explicit CirclePoint(Real w)
+      : sine(std::sin(w)), low(std::cos(w) > 0), square(low ? std::sin(w / 2) : std::cos(w / 2)) {
+    square *= 2 * square;
+  }
 
   /// t0 z + t1 + t2 / z. Sums are taken in the order in which they are exact for roots near 1 and -1.
-  Complex value(const Triple &t) const {
-    const double even = t[0] + t[2];
-    const double real = low ? ((t[0] + t[1]) + t[2]) - even * square : even * square - ((t[0] - t[1]) + t[2]);
-    return {real, (t[0] - t[2]) * sine};
+  std::complex<Real> value(const Triple &t) const {
+    const Real a = t[0], b = t[1], c = t[2];
+    return {low ? ((a + b) + c) - (a + c) * square : (a + c) * square - ((a - b) + c), (a - c) * sine};
   }
   /// Group delay of t0 + t1 / z + t2 / z^2, in samples.
-  double delay(const Triple &t) const {
-    const double size = std::norm(value(t));
+  Real delay(const Triple &t) const {
+    const Real a = t[0], b = t[1], c = t[2], size = std::norm(value(t));
     if (size == 0) return 0; // a zero on the circle turns the phase by half of what its neighbourhood is delayed
-    const double inner = low ? ((t[0] + t[1]) + t[2]) - t[1] * square : ((t[0] - t[1]) + t[2]) + t[1] * square;
-    return 1 + (t[2] - t[0]) * inner / size;
+    return 1 + (c - a) * (low ? ((a + b) + c) - b * square : ((a - b) + c) + b * square) / size;
   }
 
-  double sine, cosine;
+  Real sine;
   bool low;
-  double square;
+  Real square;
 };
 
 /// Magnitude, also where its square leaves the range of a double.
@@ -128,7 +127,7 @@ double size(Complex value) {
 }
 
 double cascade_gain(const SectionEntry &cascade, double w) {
-  const CirclePoint point(w);
+  const CirclePoint<double> point(w);
   double gain = std::abs(cascade.gain);
   int exponent = 0; // of a product that would leave the range of a double on its way
   for (int k = 0; k < cascade.section_count; k++) {
@@ -142,19 +141,22 @@ double cascade_gain(const SectionEntry &cascade, double w) {
 }
 
 double cascade_delay(const SectionEntry &cascade, double w) {
-  const CirclePoint point(w);
+  const CirclePoint<double> point(w);
   double sum = 0;
   for (int k = 0; k < cascade.section_count; k++)
     sum += point.delay(cascade.numerators[k]) - point.delay(cascade.denominators[k]);
   return sum;
 }
 
+/// Wide, because partial fractions may be a million times larger than what is left of their sum.
 double parallel_gain(const SectionEntry &parallel, double w) {
-  const CirclePoint point(w);
-  Complex sum = parallel.gain;
-  for (int k = 0; k < parallel.section_count; k++)
-    sum += point.value(parallel.numerators[k]) / point.value(parallel.denominators[k]);
-  return std::abs(parallel.pars * sum);
+  const CirclePoint<long double> point(w);
+  std::complex<long double> sum = parallel.gain;
+  for (int k = 0; k < parallel.section_count; k++) {
+    const auto denominator = point.value(parallel.denominators[k]);
+    sum += point.value(parallel.numerators[k]) * std::conj(denominator) / std::norm(denominator);
+  }
+  return static_cast<double>(std::abs(static_cast<long double>(parallel.pars) * sum));
 }
 
 double gain_of(const IirForms &forms, RealizationForm form, double w) {
