@@ -9,10 +9,12 @@
 #include "engine/core/trace.h"
 #include "engine/files/system_check.h"
 #include "engine/files/text_file.h"
+#include "engine/fir/peak_gain.h"
 #include "engine/fir/unfold.h"
 #include "engine/iir/cascade_gain.h"
 #include "engine/iir/design_iir_sections.h"
 #include "engine/iir/form_notes.h"
+#include "engine/iir/pole_grid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -90,6 +92,7 @@ double unity_gain(const FirEntry &entered, FirEntry &work) {
   centred_response(taps, grid, sums);
   double peak = 0;
   for (const auto &value : sums) peak = std::max(peak, std::abs(value));
+  if (const double found = peak_gain(taps); found > noticeable_miss * peak) peak = found;
   return std::copysign(peak > 0 ? 1 / peak : 1, entered.gain);
 }
 

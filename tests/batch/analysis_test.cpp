@@ -3,6 +3,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <numbers>
 
 namespace brisel {
 namespace {
@@ -46,6 +47,18 @@ TEST_F(Analysis, TheObjectHasTheFormsOfTheSystem) {
   };
   EXPECT_NEAR(peak(run("analyze resonator.inp --unity-gain")), 1, 1e-3); // the peak may lie between two grid points
   EXPECT_GT(std::abs(peak(run("analyze resonator.inp")) - 1), 1e-3);
+
+  // 4000 taps that pass 1002 Hz, 2 Hz wide; even steps of the gain stand at 1000 and 1004 Hz.
+  std::string tone = "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - SYMMETRIC FIR FILTER\n"
+                     "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nNUMBER OF TAPS  4000 GAIN=  1.000000000e+00\n";
+  for (int k = 0; k < 2000; k++) {
+    char line[80];
+    std::snprintf(line, sizeof line, "H(%4d) = % .9e =  H(%4d)\n", k,
+                  std::cos(2 * std::numbers::pi * 1002 / 8000 * (k - 1999.5)), 3999 - k);
+    tone += line;
+  }
+  shop.write("tone.inp", tone);
+  EXPECT_NEAR(peak(run("analyze tone.inp --unity-gain --frequency-range 1000:1004")), 1, 1e-6);
 }
 
 TEST_F(Analysis, APrewarpedMapKeepsItsFrequency) {
