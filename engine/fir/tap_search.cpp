@@ -1,5 +1,7 @@
 #include "engine/fir/tap_search.h"
 
+#include <unsupported/Eigen/FFT>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -46,6 +48,25 @@ public:
     return weight * std::cos(p.w * static_cast<double>(twice) / 2);
   }
 
+  /// Gain of the taps whose upper half is `half`, at every point: on the grid by one transform.
+  std::vector<double> amplitudes(std::span<const double> half_taps) const {
+    std::vector<double> in(table.size());
+    for (std::size_t m = 0; m < half_taps.size(); m++)
+      in[2 * m + (odd ? 0 : 1)] = (odd && m == 0 ? 1 : 2) * half_taps[m];
+    std::vector<std::complex<double>> spectrum;
+    Eigen::FFT<double> fft;
+    fft.SetFlag(Eigen::FFT<double>::HalfSpectrum);
+    fft.fwd(spectrum, in);
+    std::vector<double> sums(size());
+    for (std::size_t i = 0; i < sums.size(); i++) {
+      if (points[i].on_grid)
+        sums[i] = spectrum[points[i].step].real();
+      else
+        for (std::size_t m = 0; m < half_taps.size(); m++) sums[i] += half_taps[m] * (*this)(m, i);
+    }
+    return sums;
+  }
+
 private:
   struct Point {
     double w;
@@ -68,13 +89,6 @@ private:
   std::vector<double> table;
   std::vector<Point> points;
 };
-
-std::vector<double> amplitudes(const Cosines &cosines, std::span<const double> half) {
-  std::vector<double> sums(cosines.size());
-  for (std::size_t i = 0; i < sums.size(); i++)
-    for (std::size_t m = 0; m < half.size(); m++) sums[i] += half[m] * cosines(m, i);
-  return sums;
-}
 
 struct Limits {
   double ripple_db, stop; // asked for; `stop` in part of the largest passband gain
@@ -121,8 +135,9 @@ public:
       : cosines(taps.size(), goal, 8), desired(desired_gains(cosines, goal)), limits(limits_of(goal)), set(settings),
         order(cosines.size()) {
     for (std::size_t m = 0; m < cosines.unknowns(); m++) half.push_back(taps[taps.size() / 2 + m]);
+    least_desired = *std::min_element(desired.begin(), desired.end());
     rebuild();
-    middle = (now.passband_low + now.passband_high) / 2;
+    middle = centre;
   }
 
   const TapFigures &figures_now() const { return now; }
@@ -169,23 +184,44 @@ private:
   }
 
   // True when the step brings the cost below `cost`, which becomes the new one. The points that decide come first, so
-  // that most steps are dropped after a few of them.
+  // that most steps are dropped after a few of them: of the passbands, of the stopbands, and only then of all.
   bool try_step(const Step &step, double &cost) const {
     if (!fits(step)) return false;
+    constexpr std::size_t deciding = 32;
+    const std::size_t passes = cosines.pass_count(), few = std::min(passes, deciding);
     const double widest = ratio_of(cost * limits.ripple_db);
     double low = HUGE_VAL, high = 0, stopband = 0;
-    for (std::size_t k = 0; k < cosines.pass_count(); k++) {
-      const double gain = std::abs(amplitude_after(step, order[k])) / desired[order[k]];
-      low = std::min(low, gain);
-      high = std::max(high, gain);
-      if (!(high < low * widest)) return false;
-    }
+    // No point moves further than this: what lies deeper inside the extremes cannot become one.
+    const double reach = 2 * (1 + 1e-9) * (std::abs(step.change[0]) + std::abs(step.change[1]));
+    const double gain_reach = reach / least_desired + 1e-12;
+    const auto passband_holds = [&](std::size_t from, std::size_t to) {
+      for (std::size_t k = from; k < to; k++) {
+        if (k % 16 == 15) {
+          const double most = distance_from_centre(order[k]) + gain_reach;
+          if (centre + most <= high && centre - most >= low) return true;
+        }
+        const double gain = std::abs(amplitude_after(step, order[k])) / desired[order[k]];
+        low = std::min(low, gain);
+        high = std::max(high, gain);
+        if (!(high < low * widest)) return false;
+      }
+      return true;
+    };
+    const auto stopband_holds = [&](std::size_t to, double most) {
+      for (std::size_t k = passes; k < to; k++) {
+        if (std::abs(amplitude[order[k]]) + reach <= stopband) return true;
+        stopband = std::max(stopband, std::abs(amplitude_after(step, order[k])));
+        if (!(stopband < most)) return false;
+      }
+      return true;
+    };
+    // The largest passband gain stays below the lowest one found so far times `widest`, or the ripple is too large.
+    if (!passband_holds(0, few) ||
+        !stopband_holds(std::min(order.size(), passes + deciding), cost * limits.stop * low * widest) ||
+        !passband_holds(few, passes))
+      return false;
     if (std::abs((low + high) / 2 / middle - 1) > set.gain_slack) return false;
-    const double most = cost * limits.stop * high;
-    for (std::size_t k = cosines.pass_count(); k < order.size(); k++) {
-      stopband = std::max(stopband, std::abs(amplitude_after(step, order[k])));
-      if (!(stopband < most)) return false;
-    }
+    if (!stopband_holds(order.size(), cost * limits.stop * high)) return false;
     const double after = limits.cost(low, high, stopband);
     if (!(after < cost)) return false;
     cost = after;
@@ -203,22 +239,25 @@ private:
     return {};
   }
 
+  double distance_from_centre(std::size_t point) const {
+    return std::abs(std::abs(amplitude[point]) / desired[point] - centre);
+  }
   void take(const Step &step) {
     for (std::size_t i = 0; i < amplitude.size(); i++) amplitude[i] = amplitude_after(step, i);
     for (std::size_t k = 0; k < step.count; k++) half[step.tap[k]] += step.change[k];
     measure();
   }
   void rebuild() {
-    amplitude = amplitudes(cosines, half);
+    amplitude = cosines.amplitudes(half);
     measure();
   }
   void measure() {
     now = figures(cosines, desired, amplitude, limits);
-    const double centre = (now.passband_low + now.passband_high) / 2;
+    centre = (now.passband_low + now.passband_high) / 2;
     std::iota(order.begin(), order.end(), std::size_t{0});
     const auto stop = order.begin() + static_cast<std::ptrdiff_t>(cosines.pass_count());
-    const auto distance = [&](std::size_t i) { return std::abs(std::abs(amplitude[i]) / desired[i] - centre); };
-    std::sort(order.begin(), stop, [&](std::size_t a, std::size_t b) { return distance(a) > distance(b); });
+    std::sort(order.begin(), stop,
+              [&](std::size_t a, std::size_t b) { return distance_from_centre(a) > distance_from_centre(b); });
     std::sort(stop, order.end(),
               [&](std::size_t a, std::size_t b) { return std::abs(amplitude[a]) > std::abs(amplitude[b]); });
   }
@@ -230,14 +269,16 @@ private:
   std::vector<double> half, amplitude;
   std::vector<std::size_t> order; // points, the deciding ones first, passbands before stopbands
   TapFigures now{};
-  double middle = 0; // of the passband gain before the search
+  double centre = 0;        // of the passband gain
+  double middle = 0;        // the same before the search
+  double least_desired = 0; // gain in the passbands
 };
 
 } // namespace
 
 TapFigures tap_figures(std::span<const double> taps, const TapGoal &goal) {
   const Cosines cosines(taps.size(), goal, 32);
-  return figures(cosines, desired_gains(cosines, goal), amplitudes(cosines, taps.subspan(taps.size() / 2)),
+  return figures(cosines, desired_gains(cosines, goal), cosines.amplitudes(taps.subspan(taps.size() / 2)),
                  limits_of(goal));
 }
 
