@@ -238,6 +238,12 @@ double band_desired(const BandPlan &plan, double w, int b) {
   return 0;
 }
 
+std::span<const double> kinks(const BandPlan &plan, int b) {
+  if (plan.bands[b].shape != BandShape::table) return {};
+  const MagnitudeTable &table = plan.tables[b];
+  return std::span(table.frequency).first(static_cast<std::size_t>(table.count));
+}
+
 double band_weight(const BandPlan &plan, double w, int b) {
   const PlanBand &band = plan.bands[b];
   double weight = band.weight;

@@ -11,6 +11,7 @@
 #include "engine/fir/desired_response.h"
 
 #include <array>
+#include <span>
 #include <string>
 
 namespace brisel {
@@ -83,6 +84,8 @@ bool plan_bands(const FilterSpec &spec, const PlanOptions &options, BandPlan &pl
 
 /// Desired amplitude at `w` in `band`, compensation included.
 double band_desired(const BandPlan &plan, double w, int band);
+/// Frequencies inside a band at which the desired amplitude has a kink, ascending.
+std::span<const double> kinks(const BandPlan &plan, int band);
 double band_weight(const BandPlan &plan, double w, int band);
 
 } // namespace brisel

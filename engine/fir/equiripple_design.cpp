@@ -10,7 +10,6 @@
 namespace brisel {
 
 constexpr int longest_equiripple_estimate = 4096;
-constexpr int first_density = 16;
 constexpr int second_density = 8;
 
 RemezStatus remez_attempt(const BandPlan &plan, int density, const Progress &progress, std::vector<double> &half,
@@ -66,7 +65,7 @@ void equiripple_design() {
   if (!plan) return;
   std::vector<double> half;
   OptimalReport report;
-  RemezStatus result = remez_attempt(*plan, first_density, go_on, half, report);
+  RemezStatus result = remez_attempt(*plan, design_density, go_on, half, report);
   if (result == RemezStatus::degenerate || result == RemezStatus::not_optimal)
     result = remez_attempt(*plan, second_density, go_on, half, report);
   if (result == RemezStatus::stopped) return;

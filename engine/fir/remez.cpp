@@ -1,11 +1,10 @@
 // remez.cpp - grid, exchange and conversion to taps; letters as in the texts that the header names.
 #include "engine/fir/remez.h"
 
-#include "engine/core/multiversion.h"
+#include "engine/fir/barycentric.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace brisel {
 
@@ -34,17 +33,19 @@ double grid_bytes(int density, int functions) {
   return (static_cast<double>(density) * functions + max_bands) * bytes_per_point;
 }
 
+BandLimits band_limits(const BandPlan &plan, int band, double spacing) {
+  const bool zero_at_half = plan.symmetric() != plan.odd_length(); // Q(0.5) = 0
+  BandLimits limits{plan.bands[band].lower / two_pi, plan.bands[band].upper / two_pi};
+  if (!plan.symmetric()) limits.lower = std::min(std::max(limits.lower, spacing), limits.upper);
+  if (zero_at_half) limits.upper = std::max(std::min(limits.upper, 0.5 - spacing), limits.lower);
+  return limits;
+}
+
 DesignGrid remez_grid(const BandPlan &plan, int density) {
   const double delf = grid_spacing(density, cosine_count(plan.length, plan.symmetric()));
-  const bool zero_at_half = plan.symmetric() != plan.odd_length(); // Q(0.5) = 0
   DesignGrid grid;
   for (int b = 0; b < plan.band_count; b++) {
-    double lower = plan.bands[b].lower / two_pi;
-    double upper = plan.bands[b].upper / two_pi;
-    // The case transformation divides by Q: a band that reaches a zero of it is shortened by one spacing, though never
-    // to nothing.
-    if (!plan.symmetric()) lower = std::min(std::max(lower, delf), upper);
-    if (zero_at_half) upper = std::max(std::min(upper, 0.5 - delf), lower);
+    const auto [lower, upper] = band_limits(plan, b, delf);
     const double below_upper = upper - 1e-9 * delf; // a point on the upper edge but for rounding is not below it
     double f = lower;
     for (long j = 1; f < below_upper; j++) {
@@ -78,121 +79,6 @@ void case_transform(const BandPlan &plan, DesignGrid &grid) {
   }
 }
 
-// ---- interpolation ----
-
-namespace {
-
-/// A polynomial of degree r - 1 through r + 1 levelled points, in the barycentric form: the fraction of
-/// sum(coefficient value / (x - node)) over sum(coefficient / (x - node)). Nodes descend, coefficients have any scale.
-struct Interpolant {
-  std::vector<double> node;
-  std::vector<double> coefficient;
-  std::vector<double> value;
-
-  /// Evaluates at `x` into `p`, which is as long.
-  void evaluate(std::span<const double> x, std::span<double> p) const;
-};
-
-} // namespace
-
-typedef double Vector __attribute__((vector_size(32)));
-constexpr int vectors = 4;
-constexpr int lanes = vectors * static_cast<int>(sizeof(Vector) / sizeof(double));
-
-// Both sums at `lanes` points. Two terms share one division, which costs more than all else.
-BRISEL_AVX2_CLONE
-static void barycentric_sums(const double *points, const double *node, const double *c, const double *cv,
-                             std::size_t count, double *fractions) {
-  Vector x[vectors], upper[vectors] = {}, lower[vectors] = {};
-  std::memcpy(x, points, sizeof x);
-  std::size_t k = 0;
-  for (; k + 1 < count; k += 2) {
-    for (int v = 0; v < vectors; v++) {
-      const Vector d1 = x[v] - node[k];
-      const Vector d2 = x[v] - node[k + 1];
-      const Vector q = 1.0 / (d1 * d2);
-      upper[v] += (cv[k] * d2 + cv[k + 1] * d1) * q;
-      lower[v] += (c[k] * d2 + c[k + 1] * d1) * q;
-    }
-  }
-  for (; k < count; k++) {
-    for (int v = 0; v < vectors; v++) {
-      const Vector q = 1.0 / (x[v] - node[k]);
-      upper[v] += cv[k] * q;
-      lower[v] += c[k] * q;
-    }
-  }
-  for (int v = 0; v < vectors; v++) upper[v] /= lower[v];
-  std::memcpy(fractions, upper, sizeof upper);
-}
-
-void Interpolant::evaluate(std::span<const double> x, std::span<double> p) const {
-  std::vector<double> weighted(node.size());
-  for (std::size_t k = 0; k < node.size(); k++) weighted[k] = coefficient[k] * value[k];
-  std::array<double, lanes> points, fractions;
-  for (std::size_t first = 0; first < x.size(); first += lanes) {
-    const std::size_t count = std::min<std::size_t>(lanes, x.size() - first);
-    for (std::size_t i = 0; i < lanes; i++) points[i] = x[first + std::min(i, count - 1)];
-    barycentric_sums(points.data(), node.data(), coefficient.data(), weighted.data(), node.size(), fractions.data());
-    for (std::size_t i = 0; i < count; i++) {
-      p[first + i] = fractions[i];
-      if (std::isfinite(fractions[i])) continue;
-      const auto at = std::lower_bound(node.begin(), node.end(), points[i], std::greater<>());
-      if (at != node.end() && *at == points[i]) p[first + i] = value[at - node.begin()];
-    }
-  }
-}
-
-// Products over j of 2 (node[k] - node[j]) for the nodes from `k` on, as mantissas; the powers of two are added to
-// `exponents`. A factor of 0 (j = k) is passed over. Interleaved passes of at most 16 factors, renormalized after each,
-// never underflow.
-BRISEL_AVX2_CLONE
-static void difference_products(const double *node, std::size_t count, std::size_t k, double *mantissas,
-                                int *exponents) {
-  const std::size_t stride = (count + 15) / 16;
-  Vector x[vectors];
-  std::memcpy(x, node + k, sizeof x);
-  std::array<double, lanes> product;
-  product.fill(1);
-  for (std::size_t pass = 0; pass < stride; pass++) {
-    Vector p[vectors];
-    std::memcpy(p, product.data(), sizeof p);
-    for (std::size_t j = pass; j < count; j += stride) {
-      for (int v = 0; v < vectors; v++) {
-        const Vector d = 2 * (x[v] - node[j]);
-        p[v] *= d == 0 ? Vector{} + 1 : d;
-      }
-    }
-    std::memcpy(product.data(), p, sizeof p);
-    for (int i = 0; i < lanes; i++) {
-      int exponent;
-      product[i] = std::frexp(product[i], &exponent);
-      exponents[i] += exponent;
-    }
-  }
-  std::memcpy(mantissas, product.data(), sizeof(double) * lanes);
-}
-
-// a_k = 1 / product over j of 2 (x_k - x_j), scaled so that the largest is about 1. The product of a thousand factors
-// leaves the range of a double long before the design is hopeless, so its exponent is kept apart. False when two nodes
-// coincide.
-static bool barycentric_coefficients(Interpolant &p) {
-  const std::size_t count = p.node.size();
-  for (std::size_t k = 1; k < count; k++) {
-    if (!(p.node[k] < p.node[k - 1])) return false;
-  }
-  std::vector<double> padded(p.node);
-  padded.resize(count + lanes, 0.0);
-  std::vector<double> mantissa(count + lanes);
-  std::vector<int> exponent(count + lanes);
-  for (std::size_t k = 0; k < count; k += lanes)
-    difference_products(padded.data(), count, k, &mantissa[k], &exponent[k]);
-  const int smallest = *std::min_element(exponent.begin(), exponent.begin() + static_cast<long>(count));
-  p.coefficient.resize(count);
-  for (std::size_t k = 0; k < count; k++) p.coefficient[k] = std::ldexp(1 / mantissa[k], smallest - exponent[k]);
-  return true;
-}
-
 // ---- exchange ----
 
 namespace {
@@ -216,7 +102,7 @@ public:
       result.iterations++;
       polynomial.node.clear();
       for (const std::size_t i : extremal) polynomial.node.push_back(abscissa[i]);
-      if (!barycentric_coefficients(polynomial)) {
+      if (!polynomial.find_coefficients()) {
         result.error = ExchangeError::degenerate;
         return result;
       }
@@ -238,18 +124,13 @@ public:
 private:
   static double sign(std::size_t k) { return k % 2 == 0 ? 1 : -1; }
 
-  // The deviation that alternates over the extremal set, and the values through which P then goes.
   void level() {
-    long double upper = 0, lower = 0;
-    for (std::size_t k = 0; k <= r; k++) {
-      const long double a = polynomial.coefficient[k];
-      upper += a * grid.desired[extremal[k]];
-      lower += a * static_cast<long double>(sign(k)) / grid.weight[extremal[k]];
+    std::vector<double> desired, weight;
+    for (const std::size_t i : extremal) {
+      desired.push_back(grid.desired[i]);
+      weight.push_back(grid.weight[i]);
     }
-    deviation = static_cast<double>(upper / lower);
-    polynomial.value.resize(r + 1);
-    for (std::size_t k = 0; k <= r; k++)
-      polynomial.value[k] = grid.desired[extremal[k]] - sign(k) * deviation / grid.weight[extremal[k]];
+    deviation = polynomial.level(desired, weight);
   }
 
   // Weighted error P - D on the whole grid. False when asked to stop.

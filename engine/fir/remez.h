@@ -36,20 +36,31 @@ struct DesignGrid {
   void copy_point(const DesignGrid &grid, std::size_t i);
 };
 
+/// Points per cosine function of the grid on which designs are made.
+inline constexpr int design_density = 16;
 /// Spacing of a grid with `density` points per cosine function.
 constexpr double grid_spacing(int density, int functions) {
   return 0.5 / (static_cast<double>(density) * functions);
 }
 /// Bytes that the arrays of a grid of this density can take, whether the bands fill it or not.
 double grid_bytes(int density, int functions);
+
+/// Cycles per sample between which a band is approximated. The case transformation divides by Q: a band that reaches a
+/// zero of it is shortened by one spacing, though never to nothing.
+struct BandLimits {
+  double lower, upper;
+};
+BandLimits band_limits(const BandPlan &plan, int band, double spacing);
+
 DesignGrid remez_grid(const BandPlan &plan, int density);
 
-enum class ExchangeError { none = 0, degenerate = 1, not_optimal = 2, stopped };
+enum class ExchangeError { none = 0, degenerate = 1, not_optimal = 2, stopped, below_rounding };
 
 struct ExchangeResult {
   int iterations = 0;
   ExchangeError error = ExchangeError::none;
   double deviation = 0; // levelled weighted error of the last extremal set
+  double scale = 1;     // largest desired value times largest weight, where the second exchange ran
   bool no_transformation = false;
   DesignGrid extremal; // the r + 1 points of that set
 };
