@@ -73,6 +73,17 @@ Names scalings() {
 Names optimal_symmetries() {
   return {fir_symmetries[0], fir_symmetries[1]};
 }
+Names optimum_names() {
+  return options_of(optima);
+}
+Names stopband_slopes() { // the index is in steps
+  static const std::vector<std::string> texts = [] {
+    std::vector<std::string> slopes;
+    for (int db = 0; db <= steepest_rolloff; db += rolloff_step) slopes.push_back(std::to_string(db));
+    return slopes;
+  }();
+  return {texts.begin(), texts.end()};
+}
 Names minimum_phases() {
   return options_of(minimum_phase_types);
 }
@@ -138,8 +149,9 @@ constexpr unsigned method_bit(DesignMethod method) {
   return 1u << code(method);
 }
 constexpr unsigned with_window = method_bit(DesignMethod::window);
-constexpr unsigned with_optimal = method_bit(DesignMethod::equiripple) | method_bit(DesignMethod::linear_programming) |
-                                  method_bit(DesignMethod::least_squares);
+constexpr unsigned with_equiripple = method_bit(DesignMethod::equiripple);
+constexpr unsigned with_optimal =
+    with_equiripple | method_bit(DesignMethod::linear_programming) | method_bit(DesignMethod::least_squares);
 constexpr unsigned with_fir = with_window | with_optimal;
 constexpr unsigned with_iir = method_bit(DesignMethod::iir);
 constexpr unsigned with_digital = method_bit(DesignMethod::z_analysis),
@@ -184,6 +196,13 @@ const std::vector<OptionRow> &option_rows() {
        "of the taps of equiripple, linear-programming and least-squares filters; default: symmetric, antisymmetric for "
        "differentiator "
        "and Hilbert transformer"},
+      {"--optimum", "OPTIMUM", Choice{&Job::optimum, optimum_names}, Group::design, for_design, with_equiripple,
+       "where an equiripple filter is the best of its length: on the points of the design grid, or between them too; "
+       "default: grid"},
+      {"--split", "", Switch{&Job::split}, Group::design, for_design, with_equiripple,
+       "give the two transitions of a bandpass a curve to follow, so that the gain in them stays bounded"},
+      {"--stopband-slope", "DB", Choice{&Job::stopband_slope, stopband_slopes}, Group::design, for_design, with_optimal,
+       "by how much the attenuation of stopbands grows, dB per octave; default: 0"},
       {"--minimum-phase", "TYPE", Choice{&Job::minimum_phase, minimum_phases}, Group::design, for_design, with_fir,
        "minimum phase filter: dft keeps length and magnitude of the linear phase filter, spectral takes the root of a "
        "linear phase filter of twice the length; default: none"},

@@ -14,6 +14,9 @@ PageResult BatchFrontEnd::run_page(Page page) {
   case Page::optimisation:
     current_spec->length = job.length.value_or(0);
     if (job.window) current_spec->window_type = *job.window;
+    if (job.split) current_spec->split_transition = 1;
+    design_state.optimum = static_cast<std::uint8_t>(job.optimum.value_or(code(Optimum::grid)));
+    design_state.rolloff_db = static_cast<std::int16_t>(job.stopband_slope.value_or(0) * rolloff_step);
     if (job.symmetry) design_state.symmetry = static_cast<std::uint8_t>(*job.symmetry);
     break;
   case Page::iir:

@@ -25,11 +25,12 @@ struct Job {
   Command command = Command::none;
   std::string input;
 
-  std::optional<int> method, length, window, symmetry, minimum_phase, gain;
+  std::optional<int> method, length, window, symmetry, optimum, stopband_slope, minimum_phase, gain;
   std::optional<int> prototype, order, mapping, impulse_path, realization, structure;
   std::optional<int> compensation, rate_change, differential_delay, stages;
   std::optional<int> phase_equalizer, delay_sections, delay_method;
   std::optional<double> delay_ripple; // samples
+  bool split = false;
   std::optional<double> sampling_frequency, first_passband, second_passband, phase_shift, real_zero;
   bool radians = false; // unit of the frequencies when there is no file
   std::optional<int> quantize, bits, scaling, optimize;

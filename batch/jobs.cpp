@@ -103,6 +103,12 @@ void choose_compensation(const Job &job) {
 void choose_fir(const Job &job) {
   if (job.minimum_phase) design_state.MinimumPhaseType = static_cast<std::uint8_t>(*job.minimum_phase);
   if (job.gain) design_state.gain_specification_mode = static_cast<std::uint8_t>(*job.gain);
+  if (job.split && design_state.filter_type != code(FilterType::band_pass)) refuse_for_type("--split");
+  const FilterType type{design_state.filter_type};
+  const bool has_slope = type == FilterType::low_pass || type == FilterType::high_pass ||
+                         type == FilterType::band_pass || type == FilterType::raised_cosine ||
+                         type == FilterType::root_raised_cosine;
+  if (job.stopband_slope.value_or(0) != 0 && !has_slope) refuse_for_type("--stopband-slope");
   if (job.optimize && design_state.filter_type > code(FilterType::band_stop)) refuse_for_type("--optimize");
 }
 

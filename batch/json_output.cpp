@@ -211,6 +211,15 @@ Json quantization_json() {
   return out;
 }
 
+Json optimum_json() {
+  const OptimumResult &optimum = design_record.optimum;
+  return Json{{"exchange", optima[optimum.exchange].option},
+              {"bound", optimum.bound},
+              {"alternations", optimum.alternations},
+              {"needed", optimum.needed},
+              {"gap_bounded", optimum.gap_bounded != 0}};
+}
+
 Json responses_json() {
   const int points = plot_arrays.frequency_count, samples = plot_arrays.time_count;
   std::vector<double> frequency(static_cast<std::size_t>(points)), time(static_cast<std::size_t>(samples));
@@ -320,6 +329,8 @@ std::string design_json(std::span<const Judgement> judgements) {
   if (const auto met = all_met(judgements)) out["met"] = *met;
   if (!judgements.empty()) out["attained"] = attained_json(judgements);
   out[is_fir_result() ? "fir" : "iir"] = is_fir_result() ? fir_json() : iir_json(delay_ripple(judgements));
+  if (chosen.DesignOrAnalysisType == code(DesignMethod::equiripple) && design_record.optimum.needed > 0)
+    out["optimum"] = optimum_json();
   if (design_record.quantization.quant) out["quantization"] = quantization_json();
   out["responses"] = responses_json();
   if (!design_notes.empty()) out["notes"] = design_notes;

@@ -133,6 +133,17 @@ inline constexpr std::array section_structures{
 enum class FirSymmetry : std::int8_t { antisymmetric, symmetric, nonsymmetric, lattice };
 inline constexpr std::array<std::string_view, 3> fir_symmetries{"antisymmetric", "symmetric", "nonsymmetric"};
 
+/// Slopes that stopbands of the optimal FIR methods can be given, dB per octave.
+inline constexpr int rolloff_step = 3;
+inline constexpr int steepest_rolloff = 18;
+
+/// Where an equiripple filter is the optimum: on the design grid, or between its points too.
+enum class Optimum : std::uint8_t { grid, true_optimum };
+inline constexpr std::array optima{
+    NameRow{"On the design grid", "grid"},
+    NameRow{"Between its points too", "true"},
+};
+
 enum class FirScaling : std::int8_t { none, half, one };
 inline constexpr std::array fir_scalings{
     NameRow{"No Scaling - Gain Factor = 1", "none"},

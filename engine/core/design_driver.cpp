@@ -292,6 +292,7 @@ void begin_record(double sampling_frequency) {
   design_notes.clear();
   r.delay = {};
   r.compensation = {};
+  r.optimum = {};
   r.loaded = *current_spec;
   r.loaded.sampling_frequency = sampling_frequency;
   r.loaded.sampling_period = two_pi / sampling_frequency;

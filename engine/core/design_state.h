@@ -54,6 +54,7 @@ struct DesignState {
   std::int16_t delay_sections; // of phase equalizer or group delay filter, 0 = as few as keep the ripple
   double delay_ripple;         // of the equalized passbands, samples; 0 = none is asked for
   std::int16_t rolloff_db;     // stopband rolloff of the optimal FIR methods, dB per octave
+  std::uint8_t optimum;        // Optimum of equiripple designs
   double transition_width;     // radians per second, for types that have no transition of their own
   // Filled by the last page of an analog system.
   double prewarp_frequency; // radians per second, 0 = none
@@ -153,6 +154,15 @@ struct CompensationResult {
   double residual;       // the same of droop and sections together
 };
 
+/// What proves an equiripple design. The bound is the largest of the alternating peaks of the error over the smallest.
+struct OptimumResult {
+  std::int32_t needed; // alternations that make an optimum; 0: no equiripple design
+  std::int32_t alternations;
+  std::uint8_t exchange; // Optimum
+  std::uint8_t gap_bounded;
+  double bound;
+};
+
 /// Everything that belongs to one design or analysis. Its specification copies have the run's frequencies: `loaded` as
 /// the user gave them, `spec` with a sampling frequency of 2 pi. Result entries carry the true sampling rate.
 struct DesignRecord {
@@ -176,6 +186,7 @@ struct DesignRecord {
   std::int8_t realization;   // RealizationForm
   DelayResult delay;
   CompensationResult compensation;
+  OptimumResult optimum;
   QuantizationResult noise;
 };
 static_assert(std::is_trivially_copyable_v<DesignRecord>);

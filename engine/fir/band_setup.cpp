@@ -110,7 +110,8 @@ static void add_bands(const FilterSpec &spec, BandPlan &plan, Planner &planner) 
                    .upper = spec.band_upper[b],
                    .value = 1,
                    .shape = BandShape::table,
-                   .relative = spec.proportional[b] != 0},
+                   .relative = spec.proportional[b] != 0,
+                   .table = b},
                   spec.band_ripple[b]);
     }
     break;
@@ -215,6 +216,8 @@ bool plan_bands(const FilterSpec &spec, const PlanOptions &options, BandPlan &pl
 
 double band_desired(const BandPlan &plan, double w, int b) {
   const PlanBand &band = plan.bands[b];
+  if (band.shape == BandShape::ramp)
+    return std::lerp(band.value, band.end_value, (w - band.lower) / (band.upper - band.lower));
   if (band.value == 0) return 0; // also where the compensation is infinite
   const double compensation = compensation_factor(plan.compensation, w);
   switch (band.shape) {
@@ -223,7 +226,7 @@ double band_desired(const BandPlan &plan, double w, int b) {
   case BandShape::slope:
     return band.value * w * compensation;
   case BandShape::table:
-    return interpolate(plan.tables[b], w) * compensation;
+    return interpolate(plan.tables[band.table], w) * compensation;
   case BandShape::raised_cosine:
     return raised_cosine(w, plan.curve_edges[0], plan.curve_edges[1]) * compensation;
   case BandShape::root_raised_cosine:
@@ -232,6 +235,8 @@ double band_desired(const BandPlan &plan, double w, int b) {
     return (1 - raised_cosine(w, band.lower, band.upper)) * compensation;
   case BandShape::falling_transition:
     return raised_cosine(w, band.lower, band.upper) * compensation;
+  case BandShape::ramp:
+    break;
   case BandShape::half_band_prototype:
     return halfband_prototype_gain(band.value * compensation_factor(plan.compensation, w / 2));
   }
@@ -240,7 +245,7 @@ double band_desired(const BandPlan &plan, double w, int b) {
 
 std::span<const double> kinks(const BandPlan &plan, int b) {
   if (plan.bands[b].shape != BandShape::table) return {};
-  const MagnitudeTable &table = plan.tables[b];
+  const MagnitudeTable &table = plan.tables[plan.bands[b].table];
   return std::span(table.frequency).first(static_cast<std::size_t>(table.count));
 }
 

@@ -27,6 +27,7 @@ enum class BandShape {
   root_raised_cosine,  //
   rising_transition,   // half a cosine period up from 0, between a lower stopband and a passband
   falling_transition,  // half a cosine period down to 0
+  ramp,                // straight from `value` to `end_value`, whatever the compensation
   half_band_prototype, // the lowpass of a halfband filter: the gain it needs at w for a gain of `value` at w / 2
 };
 
@@ -41,13 +42,18 @@ struct PlanBand {
   BandShape shape = BandShape::constant;
   StopSide side = StopSide::none;
   bool relative = false; // weighted by 1 / w
+  int table = 0;         // of an arbitrary magnitude
+  double end_value = 0;  // of a ramp
+  double tolerance = 0;  // above 0: the band may deviate by this, and takes the weight that makes it so
 };
+/// Bands of a specification, and the gaps between and beside them.
+inline constexpr int max_plan_bands = 2 * max_bands + 1;
 
 struct BandPlan {
   FirSymmetry symmetry = FirSymmetry::symmetric;
   int length = 0; // taps of the filter that is computed; a halfband filter is folded out of a shorter one
   int band_count = 0;
-  std::array<PlanBand, max_bands> bands;
+  std::array<PlanBand, max_plan_bands> bands;
   double allowed_deviation = 0; // weighted error at which the specification is just met; 0 where it says none
   double weight_exponent = 0;   // of the frequency ratio, in stopbands with a side
   Compensation compensation;

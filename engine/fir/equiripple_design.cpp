@@ -5,27 +5,39 @@
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
 #include "engine/files/text_file.h"
+#include "engine/fir/exchange_taps.h"
+#include "engine/fir/gap_bounds.h"
 #include "engine/fir/optimal_setup.h"
+#include "engine/fir/run_selections.h"
+#include "engine/fir/true_exchange.h"
 
 namespace brisel {
 
 constexpr int longest_equiripple_estimate = 4096;
 constexpr int second_density = 8;
+constexpr double largest_bound = 2; // a filter further from the optimum than this is no answer
+
+// The grid of the least density, from `density` on, that holds enough points.
+static std::optional<DesignGrid> design_grid(const BandPlan &plan, int density) {
+  const int r = cosine_count(plan.length, plan.symmetric());
+  // Kept: the density doubles without limit of its own; narrow bands are cured by it, and the memory ends it.
+  for (;; density *= 2) {
+    if (grid_bytes(density, r) > design_memory_budget) return std::nullopt;
+    trace(" EQ FIR: memory allocated, grid = %d\n", density);
+    trace(" delf = %f\n", grid_spacing(density, r));
+    DesignGrid grid = remez_grid(plan, density);
+    trace_samples(grid);
+    trace(" ngrid = %d\n", static_cast<int>(grid.size()));
+    if (grid.size() >= static_cast<std::size_t>(plan.length) + 3) return grid;
+  }
+}
 
 RemezStatus remez_attempt(const BandPlan &plan, int density, const Progress &progress, std::vector<double> &half,
                           OptimalReport &report) {
   const int r = cosine_count(plan.length, plan.symmetric());
-  DesignGrid grid;
-  // Kept: the density doubles without limit of its own; narrow bands are cured by it, and the memory ends it.
-  for (;; density *= 2) {
-    if (grid_bytes(density, r) > design_memory_budget) return RemezStatus::no_memory;
-    trace(" EQ FIR: memory allocated, grid = %d\n", density);
-    trace(" delf = %f\n", grid_spacing(density, r));
-    grid = remez_grid(plan, density);
-    trace_samples(grid);
-    trace(" ngrid = %d\n", static_cast<int>(grid.size()));
-    if (grid.size() >= static_cast<std::size_t>(plan.length) + 3) break;
-  }
+  const auto found = design_grid(plan, density);
+  if (!found) return RemezStatus::no_memory;
+  const DesignGrid &grid = *found;
   DesignGrid transformed = grid;
   case_transform(plan, transformed);
   const ExchangeResult exchange = remez_exchange(transformed, r, progress);
@@ -60,18 +72,133 @@ static void post_failure(RemezStatus result, const OptimalReport &report) {
   post_message(Message::equiripple_failed);
 }
 
+RemezStatus true_attempt(BandPlan plan, const Progress &progress, std::vector<double> &half, OptimalReport &report,
+                         int &taps) {
+  const auto grid = design_grid(plan, design_density);
+  if (!grid) return RemezStatus::no_memory;
+  const TrueOptimum optimum = true_exchange(plan, progress);
+  trace(" Number of Iterations = %d\n", optimum.exchange.iterations);
+  if (optimum.exchange.error == ExchangeError::stopped) return RemezStatus::stopped;
+  if (optimum.exchange.error == ExchangeError::degenerate) return RemezStatus::degenerate;
+  taps = optimum.length;
+  BandPlan designed = plan;
+  designed.length = taps;
+  half = levelled_taps(designed, optimum.exchange.extremal);
+  half.resize(static_cast<std::size_t>(plan.half_length()));
+  weigh_ramps(plan, optimum.exchange.deviation);
+  report = check_optimality(plan, remez_grid(plan, design_density), half);
+  if (optimum.exchange.error == ExchangeError::below_rounding) return RemezStatus::done;
+  return report.bound > 0 && report.bound <= largest_bound ? RemezStatus::done : RemezStatus::not_optimal;
+}
+
+// Above this gain between the bands, in parts of the largest desired value, a filter is no answer.
+constexpr double largest_gap_gain = 2;
+// A bounded gain is to stay below this one; the tolerance of the ramps shrinks until it does.
+constexpr double bounded_gap_gain = 1.5;
+constexpr double first_tolerance = 0.45, next_tolerance = 0.75;
+constexpr int most_tolerances = 4;
+
+static bool gaps_within(const OptimalReport &report, double gain) {
+  return report.transition_gain <= gain * report.largest_desired;
+}
+
+// The best filter whose gain between the bands is bounded where a gap is wider than the narrowest.
+static RemezStatus bounded_attempt(const BandPlan &plan, const Progress &progress, std::vector<double> &half,
+                                   OptimalReport &report, int &taps, std::vector<Gap> &bounded) {
+  double tolerance = first_tolerance;
+  for (int attempt = 0; attempt < most_tolerances; attempt++, tolerance *= next_tolerance) {
+    const BoundedPlan ramped = bound_gaps(plan, tolerance);
+    if (ramped.bounded.empty()) return RemezStatus::not_optimal;
+    bounded = ramped.bounded;
+    const RemezStatus status = true_attempt(ramped.plan, progress, half, report, taps);
+    if (status != RemezStatus::done) return status;
+    find_transition_gain(plan, half, report);
+    if (gaps_within(report, bounded_gap_gain)) break;
+  }
+  return gaps_within(report, largest_gap_gain) ? RemezStatus::done : RemezStatus::not_optimal;
+}
+
+static void note_bounded_gaps(const std::vector<Gap> &bounded) {
+  std::string where;
+  for (const Gap &gap : bounded)
+    where += formatf("%s%s to %s", where.empty() ? "" : ", ", in_users_unit(gap.lower).c_str(),
+                     in_users_unit(gap.upper).c_str());
+  design_notes.push_back("The gain was bounded in gaps that are wider than the narrowest: " + where + ".");
+}
+
+static void note_certificate(const OptimalReport &report, Optimum exchange) {
+  const char *where = exchange == Optimum::grid ? "on the design grid" : "between the points of any grid too";
+  design_notes.push_back(
+      formatf("Optimum %s: the error alternates %d times within 1 %% of its peak, %d make an optimum", where,
+              report.dense_extrema, report.required) +
+      (report.bound > 0
+           ? formatf("; no filter of this length is better by more than %.2g %%.", 100 * (report.bound - 1))
+           : "."));
+}
+
+namespace {
+
+struct Attempt {
+  RemezStatus status = RemezStatus::not_optimal;
+  std::vector<double> half;
+  OptimalReport report;
+  int taps = 0;
+  std::vector<Gap> bounded;
+  Optimum exchange = Optimum::true_optimum;
+
+  bool is_answer() const { return status == RemezStatus::done && gaps_within(report, largest_gap_gain); }
+  bool ends_design() const { return status == RemezStatus::stopped || status == RemezStatus::no_memory; }
+};
+
+} // namespace
+
+static Attempt grid_attempt(const BandPlan &plan) {
+  Attempt a{.taps = plan.length, .exchange = Optimum::grid};
+  a.status = remez_attempt(plan, design_density, go_on, a.half, a.report);
+  if (a.status == RemezStatus::degenerate || a.status == RemezStatus::not_optimal)
+    a.status = remez_attempt(plan, second_density, go_on, a.half, a.report);
+  return a;
+}
+
+// The first of the three that is an answer. A filter whose gain between the bands cannot be bounded stands if it is the
+// optimum.
+static Attempt best_attempt(const BandPlan &plan, Optimum asked) {
+  Attempt first;
+  if (asked == Optimum::grid) first = grid_attempt(plan);
+  if (first.is_answer() || first.ends_design()) return first;
+  if (first.status != RemezStatus::done) {
+    Attempt second;
+    second.status = true_attempt(plan, go_on, second.half, second.report, second.taps);
+    if (second.is_answer() || second.ends_design()) return second;
+    if (second.status == RemezStatus::done || asked == Optimum::true_optimum) first = std::move(second);
+  }
+  Attempt third;
+  third.status = bounded_attempt(plan, go_on, third.half, third.report, third.taps, third.bounded);
+  return third.status == RemezStatus::done || third.ends_design() ? third : first;
+}
+
 void equiripple_design() {
   const auto plan = fir_band_setup(longest_equiripple_estimate);
   if (!plan) return;
-  std::vector<double> half;
-  OptimalReport report;
-  RemezStatus result = remez_attempt(*plan, design_density, go_on, half, report);
-  if (result == RemezStatus::degenerate || result == RemezStatus::not_optimal)
-    result = remez_attempt(*plan, second_density, go_on, half, report);
-  if (result == RemezStatus::stopped) return;
-  if (result != RemezStatus::done) return post_failure(result, report);
-  store_optimal_design(half, "\n Equiripple Filter Design\n");
+  const Optimum asked{design_record.selections.optimum};
+  const Attempt best = best_attempt(*plan, asked);
+  const OptimalReport &report = best.report;
+  if (best.status == RemezStatus::stopped) return;
+  if (best.status != RemezStatus::done) return post_failure(best.status, report);
+  store_optimal_design(best.half, "\n Equiripple Filter Design\n");
+  design_record.optimum = {report.required, report.dense_extrema, code(best.exchange), !best.bounded.empty(),
+                           report.bound};
+  if (!best.bounded.empty())
+    note_bounded_gaps(best.bounded);
+  else if (best.exchange != asked)
+    design_notes.push_back("The exchange on the design grid found no optimum; the one between its points did.");
   note_optimal_report(*plan, report);
+  if (best.taps < plan->length)
+    design_notes.push_back(formatf("%d taps come as close as double precision can tell; the outer ones of these %d are "
+                                   "zero.",
+                                   best.taps, plan->length));
+  else
+    note_certificate(report, best.exchange);
 }
 
 } // namespace brisel

@@ -15,4 +15,9 @@ enum class RemezStatus { done = 0, degenerate = 1, not_optimal = 2, no_memory, s
 RemezStatus remez_attempt(const BandPlan &plan, int density, const Progress &progress, std::vector<double> &half,
                           OptimalReport &report);
 
+/// One attempt by the exchange without a grid. `taps` is the length of the filter in `half`, whose outer taps are zero
+/// where more of them would be lost in rounding. The report tells how far the result may be from the optimum.
+RemezStatus true_attempt(BandPlan plan, const Progress &progress, std::vector<double> &half, OptimalReport &report,
+                         int &taps);
+
 } // namespace brisel

@@ -2,6 +2,7 @@
 #include "engine/fir/optimality_check.h"
 
 #include "engine/analysis/trigonometric_sums.h"
+#include "engine/fir/alternation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -58,34 +59,58 @@ static int count_extrema(std::span<const double> error, double peak) {
   return count;
 }
 
-// Points of a denser grid: all, or, where a fine grid allows it, those next to the high local maxima of `magnitude`,
-// among which the peak is.
-template <class AddPoint>
-static void points_between(std::span<const double> magnitude, double peak, bool all, AddPoint add) {
+// Points of a denser grid, next to the high local maxima of `magnitude`, among which the peak is.
+template <class AddPoint> static void points_between(std::span<const double> magnitude, double peak, AddPoint add) {
   for (std::size_t i = 0; i < magnitude.size(); i++) {
     const double here = std::abs(magnitude[i]);
     const bool rises = i > 0 && here < std::abs(magnitude[i - 1]);
     const bool falls = i + 1 < magnitude.size() && here < std::abs(magnitude[i + 1]);
-    if (!all && (here < 0.9 * peak || rises || falls)) continue;
+    if (here < 0.9 * peak || rises || falls) continue;
     for (int step = 1; step < refinement; step++) {
-      if (i > 0 && !all) add(i - 1, static_cast<double>(step) / refinement);
+      if (i > 0) add(i - 1, static_cast<double>(step) / refinement);
       if (i + 1 < magnitude.size()) add(i, static_cast<double>(step) / refinement);
     }
   }
 }
 
-static double dense_peak(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half,
-                         std::span<const double> error, const OptimalReport &report) {
-  DesignGrid dense;
+// Peak, alternations and bound on a denser grid. Of a fine grid only the intervals next to peaks are made denser.
+static void certify(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half,
+                    std::span<const double> error, OptimalReport &report) {
   const bool coarse = grid.size() < fine_grid * static_cast<std::size_t>(report.required);
-  points_between(error, report.peak_error, coarse, [&](std::size_t i, double fraction) {
-    if (grid.band[i] != grid.band[i + 1]) return;
-    dense.add(plan, std::lerp(grid.frequency[i], grid.frequency[i + 1], fraction), grid.band[i]);
-  });
-  return std::max(report.peak_error, largest_magnitude(weighted_error(plan, dense, half)));
+  std::vector<bool> next_to_peak(grid.size() + 1, coarse); // [i]: of the interval below point i
+  for (const std::size_t i : alternating_peaks(error, grid.band)) next_to_peak[i] = next_to_peak[i + 1] = true;
+  DesignGrid added;
+  std::vector<double> dense; // NaN stands for the next point of `added`
+  std::vector<int> band;
+  for (std::size_t i = 0; i < grid.size(); i++) {
+    if (i > 0 && next_to_peak[i] && grid.band[i - 1] == grid.band[i]) {
+      for (int step = 1; step < refinement; step++) {
+        added.add(plan, std::lerp(grid.frequency[i - 1], grid.frequency[i], static_cast<double>(step) / refinement),
+                  grid.band[i]);
+        dense.push_back(NAN);
+        band.push_back(grid.band[i]);
+      }
+    }
+    dense.push_back(error[i]);
+    band.push_back(grid.band[i]);
+  }
+  const std::vector<double> added_error = weighted_error(plan, added, half);
+  auto next = added_error.begin();
+  for (double &e : dense)
+    if (std::isnan(e)) e = *next++;
+
+  report.dense_peak_error = largest_magnitude(dense);
+  report.dense_extrema = count_extrema(dense, report.dense_peak_error);
+  std::vector<std::size_t> peaks = alternating_peaks(dense, band);
+  keep_largest(peaks, static_cast<std::size_t>(report.required), dense);
+  if (peaks.size() < static_cast<std::size_t>(report.required)) return;
+  double smallest = INFINITY;
+  for (const std::size_t i : peaks) smallest = std::min(smallest, std::abs(dense[i]));
+  report.bound = report.dense_peak_error / smallest;
 }
 
-static void find_transition_gain(const BandPlan &plan, std::span<const double> half, OptimalReport &report) {
+void find_transition_gain(const BandPlan &plan, std::span<const double> half, OptimalReport &report) {
+  report.transition_gain = 0;
   const double spacing = 1.0 / (32 * (plan.half_length() + 1)); // sixteen points per lobe of the amplitude
   std::vector<double> f;
   double from = 0;
@@ -99,7 +124,7 @@ static void find_transition_gain(const BandPlan &plan, std::span<const double> h
   }
   const std::vector<double> coarse = amplitude_of(plan, half, f);
   std::vector<double> dense(f);
-  points_between(coarse, largest_magnitude(coarse), false, [&](std::size_t i, double fraction) {
+  points_between(coarse, largest_magnitude(coarse), [&](std::size_t i, double fraction) {
     if (f[i + 1] - f[i] <= 1.001 * spacing) dense.push_back(std::lerp(f[i], f[i + 1], fraction)); // not across a band
   });
   const std::vector<double> gain = amplitude_of(plan, half, dense);
@@ -118,7 +143,7 @@ OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std
   report.dense_peak_error = report.peak_error;
   if (!std::isfinite(report.peak_error)) return report;
   report.extrema = count_extrema(error, report.peak_error);
-  report.dense_peak_error = dense_peak(plan, grid, half, error, report);
+  certify(plan, grid, half, error, report);
   report.largest_desired = largest_magnitude(grid.desired);
   find_transition_gain(plan, half, report);
   return report;

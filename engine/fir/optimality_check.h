@@ -20,6 +20,8 @@ std::vector<double> half_response_amplitude(std::span<const double> half, FirSym
 struct OptimalReport {
   int extrema = 0;             // alternating extrema of the weighted error within 1 % of its peak, on the design grid
   int required = 0;            // r + 1
+  int dense_extrema = 0;       // the same on a grid eight times denser
+  double bound = 0;            // there, largest over smallest of r + 1 alternating peaks; 0 if there are fewer
   double peak_error = 0;       // weighted, on the design grid
   double dense_peak_error = 0; // weighted, on a grid eight times denser
   double transition_gain = 0;  // largest magnitude outside all bands; 0 without such frequencies
@@ -31,6 +33,8 @@ struct OptimalReport {
   double swing_limit() const { return 1.1 * largest_desired; }
   bool swings() const { return transition_gain > swing_limit(); }
 };
+/// Finds the largest gain between the bands and beside them, and where it is.
+void find_transition_gain(const BandPlan &plan, std::span<const double> half, OptimalReport &report);
 /// `grid` is the design grid before any case transformation.
 OptimalReport check_optimality(const BandPlan &plan, const DesignGrid &grid, std::span<const double> half);
 

@@ -18,6 +18,7 @@ constexpr double acceptable = 1e-2;          // the same when rounding keeps the
 // the largest weight.
 constexpr double rounding = 4e-15;
 constexpr double below_rounding = 1e-15;
+constexpr double least_level = 1e-12; // for which the weight of a tolerance is computed
 // Points searched between neighbours of the reference, while it moves and once it has settled.
 constexpr int coarse_search = 4, fine_search = 16;
 
@@ -42,6 +43,7 @@ public:
         if (round == 1) best.error = ExchangeError::degenerate;
         break;
       }
+      follow_tolerances();
       lay_points(density);
       // The first deviation may vanish because start and desired values have one symmetry.
       if (round > 1 && std::abs(deviation) < below_rounding * scale) {
@@ -86,6 +88,24 @@ private:
     if (!polynomial.find_coefficients()) return false;
     deviation = polynomial.level(reference.desired, reference.weight);
     return std::isfinite(deviation);
+  }
+
+  // Bands that may deviate by a given amount get the weight that says so at the deviation of this reference.
+  void follow_tolerances() {
+    const auto within = [&](int b) { return plan.bands[b].tolerance > 0; };
+    const double level_now = std::max(std::abs(deviation), least_level);
+    bool any = false;
+    for (int b = 0; b < plan.band_count; b++) {
+      if (!within(b)) continue;
+      plan.bands[b].weight = level_now / plan.bands[b].tolerance;
+      any = true;
+    }
+    if (!any) return;
+    DesignGrid weighted;
+    for (std::size_t k = 0; k < reference.size(); k++) weighted.add(plan, reference.frequency[k], reference.band[k]);
+    case_transform(plan, weighted);
+    reference = std::move(weighted);
+    deviation = polynomial.level(reference.desired, reference.weight);
   }
 
   // The points to search: those of the reference, the ends and kinks of the bands, and others between them, `density`
@@ -193,7 +213,7 @@ private:
   }
 
   static constexpr long none = -1;
-  const BandPlan &plan;
+  BandPlan plan;
   const Progress &progress;
   const double tolerance;
   const int r;

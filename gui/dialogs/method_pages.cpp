@@ -107,11 +107,14 @@ cEqLpLsEstDialogImpl::cEqLpLsEstDialogImpl(QWidget *parent) : SequencePage(paren
   pAntiSymmetric_Button->setChecked(!pSymmetric_Button->isChecked());
   const int rolloff = design_state.rolloff_db;
   const auto *offered = findChild<QRadioButton *>(QString("pRolloff%1_Button").arg(rolloff));
-  for (int db = 0; db <= 18; db += 3)
+  for (int db = 0; db <= steepest_rolloff; db += rolloff_step)
     findChild<QRadioButton *>(QString("pRolloff%1_Button").arg(db))->setChecked(db == (offered ? rolloff : 0));
   const bool band_pass = current_spec->type == code(FilterType::band_pass);
   pTransition_Box->setEnabled(band_pass);
   pTransition_Box->setCurrentIndex(band_pass && current_spec->split_transition != 0);
+  for (const NameRow &row : optima) pOptimum_Box->addItem(QString::fromUtf8(row.name.data(), row.name.size()));
+  pOptimum_Box->setEnabled(design_state.DesignOrAnalysisType == code(DesignMethod::equiripple));
+  pOptimum_Box->setCurrentIndex(pOptimum_Box->isEnabled() ? design_state.optimum : code(Optimum::grid));
   if (current_spec->length) pLength_Edit->setText(QString::number(current_spec->length));
   begin(longest_whole_number);
 }
@@ -132,10 +135,11 @@ void cEqLpLsEstDialogImpl::read() {
 
 void cEqLpLsEstDialogImpl::store() {
   design_state.symmetry = static_cast<std::uint8_t>(symmetry());
-  for (int db = 0; db <= 18; db += 3)
+  for (int db = 0; db <= steepest_rolloff; db += rolloff_step)
     if (findChild<QRadioButton *>(QString("pRolloff%1_Button").arg(db))->isChecked())
       design_state.rolloff_db = static_cast<std::int16_t>(db);
   if (pTransition_Box->isEnabled()) current_spec->split_transition = pTransition_Box->currentIndex();
+  if (pOptimum_Box->isEnabled()) design_state.optimum = static_cast<std::uint8_t>(pOptimum_Box->currentIndex());
   current_spec->length = length;
 }
 
