@@ -11,11 +11,14 @@
 #include "engine/fir/run_selections.h"
 #include "engine/fir/true_exchange.h"
 
+#include <algorithm>
+
 namespace brisel {
 
 constexpr int longest_equiripple_estimate = 4096;
 constexpr int second_density = 8;
-constexpr double largest_bound = 2; // a filter further from the optimum than this is no answer
+constexpr double nothing_left = 2e-13; // error at the floor of rounding, in parts of the largest weighted value
+constexpr double largest_bound = 2;    // a filter further from the optimum than this is no answer
 
 // The grid of the least density, from `density` on, that holds enough points.
 static std::optional<DesignGrid> design_grid(const BandPlan &plan, int density) {
@@ -87,16 +90,18 @@ RemezStatus true_attempt(BandPlan plan, const Progress &progress, std::vector<do
   half.resize(static_cast<std::size_t>(plan.half_length()));
   weigh_ramps(plan, optimum.exchange.deviation);
   report = check_optimality(plan, remez_grid(plan, design_density), half);
-  if (optimum.exchange.error == ExchangeError::below_rounding) return RemezStatus::done;
+  if (optimum.exchange.error == ExchangeError::below_rounding)
+    return report.dense_peak_error < nothing_left * optimum.exchange.scale ? RemezStatus::done
+                                                                           : RemezStatus::not_optimal;
   return report.bound > 0 && report.bound <= largest_bound ? RemezStatus::done : RemezStatus::not_optimal;
 }
 
 // Above this gain between the bands, in parts of the largest desired value, a filter is no answer.
 constexpr double largest_gap_gain = 2;
-// A bounded gain is to stay below this one; the tolerance of the ramps shrinks until it does.
+// A bounded gain is to stay below this one; the ramps grow towards the bands until it does.
 constexpr double bounded_gap_gain = 1.5;
-constexpr double first_tolerance = 0.45, next_tolerance = 0.75;
-constexpr int most_tolerances = 4;
+constexpr double first_margin = 0.5, next_margin = 0.5;
+constexpr int most_margins = 4;
 
 static bool gaps_within(const OptimalReport &report, double gain) {
   return report.transition_gain <= gain * report.largest_desired;
@@ -105,9 +110,9 @@ static bool gaps_within(const OptimalReport &report, double gain) {
 // The best filter whose gain between the bands is bounded where a gap is wider than the narrowest.
 static RemezStatus bounded_attempt(const BandPlan &plan, const Progress &progress, std::vector<double> &half,
                                    OptimalReport &report, int &taps, std::vector<Gap> &bounded) {
-  double tolerance = first_tolerance;
-  for (int attempt = 0; attempt < most_tolerances; attempt++, tolerance *= next_tolerance) {
-    const BoundedPlan ramped = bound_gaps(plan, tolerance);
+  double margin = first_margin;
+  for (int attempt = 0; attempt < most_margins; attempt++, margin *= next_margin) {
+    const BoundedPlan ramped = bound_gaps(plan, margin);
     if (ramped.bounded.empty()) return RemezStatus::not_optimal;
     bounded = ramped.bounded;
     const RemezStatus status = true_attempt(ramped.plan, progress, half, report, taps);
@@ -127,10 +132,10 @@ static void note_bounded_gaps(const std::vector<Gap> &bounded) {
 }
 
 static void note_certificate(const OptimalReport &report, Optimum exchange) {
-  const char *where = exchange == Optimum::grid ? "on the design grid" : "between the points of any grid too";
+  const char *where = exchange == Optimum::grid ? "on the design grid" : "between the points of the grid too";
   design_notes.push_back(
-      formatf("Optimum %s: the error alternates %d times within 1 %% of its peak, %d make an optimum", where,
-              report.dense_extrema, report.required) +
+      formatf("Optimum %s: %d of the %d alternating peaks that make an optimum are within 1 %% of the largest", where,
+              std::min(report.dense_extrema, report.required), report.required) +
       (report.bound > 0
            ? formatf("; no filter of this length is better by more than %.2g %%.", 100 * (report.bound - 1))
            : "."));

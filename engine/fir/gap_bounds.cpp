@@ -7,6 +7,8 @@ namespace brisel {
 
 // A gap is wide when it is so many times the narrowest one.
 constexpr double wide_ratio = 1.25;
+// Of a ramp, in parts of the largest desired value: with it the gain stays below 1.5 times that value.
+constexpr double ramp_tolerance = 0.45;
 
 static bool zero_at(const BandPlan &plan, double w) {
   if (w == 0) return !plan.symmetric();
@@ -26,9 +28,9 @@ static double largest_desired(const BandPlan &plan) {
   return largest;
 }
 
-BoundedPlan bound_gaps(const BandPlan &plan, double tolerance) {
+BoundedPlan bound_gaps(const BandPlan &plan, double margin) {
   constexpr double pi = std::numbers::pi;
-  const double allowed = tolerance * largest_desired(plan);
+  const double allowed = ramp_tolerance * largest_desired(plan);
   // A gap at an end of the axis goes on as its own image beyond it.
   const auto lower_end = [&](int b) { return b == 0 ? -plan.bands[0].lower : plan.bands[b - 1].upper; };
   const auto upper_end = [&](int b) { return b == plan.band_count ? 2 * pi - lower_end(b) : plan.bands[b].lower; };
@@ -47,8 +49,8 @@ BoundedPlan bound_gaps(const BandPlan &plan, double tolerance) {
                           : zero_at(plan, 0.0) ? -band_desired(plan, upper_end(b), b)
                                                : band_desired(plan, upper_end(b), b);
       const double right = b < plan.band_count ? band_desired(plan, upper_end(b), b) : zero_at(plan, pi) ? -left : left;
-      const double margin = std::min(narrowest, width / 3);
-      const double lower = std::max(0.0, lower_end(b) + margin), upper = std::min(pi, upper_end(b) - margin);
+      const double free = std::min(margin * narrowest, width / 3);
+      const double lower = std::max(0.0, lower_end(b) + free), upper = std::min(pi, upper_end(b) - free);
       const auto ramp = [&](double w) { return std::lerp(left, right, (w - lower_end(b)) / width); };
       result.plan.bands[result.plan.band_count++] = {.lower = lower,
                                                      .upper = upper,

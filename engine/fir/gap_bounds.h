@@ -21,8 +21,8 @@ struct BoundedPlan {
   BandPlan plan;
   std::vector<Gap> bounded; // empty when no gap is wider than the narrowest
 };
-/// `tolerance` is that of the ramps, a part of the largest desired value.
-BoundedPlan bound_gaps(const BandPlan &plan, double tolerance);
+/// `margin` is left free at both ends of a wide gap, in parts of the narrowest.
+BoundedPlan bound_gaps(const BandPlan &plan, double margin);
 
 /// Gives the ramps the weight that their tolerance means at `deviation`.
 void weigh_ramps(BandPlan &plan, double deviation);

@@ -11,7 +11,8 @@ namespace brisel {
 
 constexpr int most_rounds = 60;
 constexpr int most_idle_rounds = 6;          // without an improvement, once the optimum is near
-constexpr int least_functions = 30;          // up to here a reference is spread evenly
+constexpr int most_even_functions = 30;      // up to here a reference is spread evenly
+constexpr int least_functions = 3;           // up to here in no other way
 constexpr double loose = 1e-2, tight = 1e-4; // by how much the largest error may exceed the levelled one
 constexpr double acceptable = 1e-2;          // the same when rounding keeps the exchange from coming closer
 // What rounding adds to an error, and the deviation of which nothing is left: parts of the largest desired value times
@@ -19,6 +20,9 @@ constexpr double acceptable = 1e-2;          // the same when rounding keeps the
 constexpr double rounding = 4e-15;
 constexpr double below_rounding = 1e-15;
 constexpr double least_level = 1e-12; // for which the weight of a tolerance is computed
+// Lengths tried for an optimum above rounding.
+constexpr int most_attempts = 6;
+constexpr double next_attempt = 0.95;
 // Points searched between neighbours of the reference, while it moves and once it has settled.
 constexpr int coarse_search = 4, fine_search = 16;
 
@@ -26,9 +30,10 @@ namespace {
 
 class TrueExchange {
 public:
-  TrueExchange(const BandPlan &plan, const Placement &start, double tolerance, const Progress &progress)
-      : plan(plan), progress(progress), tolerance(tolerance), r(cosine_count(plan.length, plan.symmetric())),
-        spacing(grid_spacing(design_density, r)) {
+  TrueExchange(const BandPlan &plan, const Placement &start, double tolerance, bool can_vanish,
+               const Progress &progress)
+      : plan(plan), progress(progress), tolerance(tolerance), can_vanish(can_vanish),
+        r(cosine_count(plan.length, plan.symmetric())), spacing(grid_spacing(design_density, r)) {
     for (std::size_t k = 0; k < start.frequency.size(); k++) reference.add(plan, start.frequency[k], start.band[k]);
     case_transform(plan, reference);
   }
@@ -46,7 +51,7 @@ public:
       follow_tolerances();
       lay_points(density);
       // The first deviation may vanish because start and desired values have one symmetry.
-      if (round > 1 && std::abs(deviation) < below_rounding * scale) {
+      if (can_vanish && round > 1 && std::abs(deviation) < below_rounding * scale) {
         best.error = ExchangeError::below_rounding;
         break;
       }
@@ -216,6 +221,7 @@ private:
   BandPlan plan;
   const Progress &progress;
   const double tolerance;
+  const bool can_vanish; // the deviation, in rounding
   const int r;
   const double spacing;
   DesignGrid reference;
@@ -240,20 +246,20 @@ static BandPlan shortened(const BandPlan &plan, double length) {
 // Exchange from the extremal points of a filter `part` times as long, which begins in the same way. Where the optimum
 // is lost in rounding, the result is the longest filter on the way whose optimum is not.
 static ExchangeResult exchange_from(const BandPlan &plan, double part, double tolerance, const Progress &progress) {
-  const BandPlan shorter = shortened(plan, plan.length * part);
-  const auto from = [&](const Placement &placement) {
-    return TrueExchange(plan, placement, tolerance, progress).run();
-  };
-  ExchangeResult start, result;
-  if (cosine_count(plan.length, plan.symmetric()) <= least_functions) {
-    result = from(even_placement(plan));
-    if (result.error == ExchangeError::below_rounding && shorter.length < plan.length)
-      start = exchange_from(shorter, part, loose, progress);
-  } else {
-    start = exchange_from(shorter, part, loose, progress);
-    if (start.error == ExchangeError::stopped || start.error == ExchangeError::below_rounding) return start;
-    result = from(start.extremal.size() > 0 ? scaled_placement(plan, start.extremal) : even_placement(plan));
+  const int r = cosine_count(plan.length, plan.symmetric());
+  ExchangeResult result;
+  if (r <= most_even_functions) {
+    result = TrueExchange(plan, even_placement(plan), tolerance, true, progress).run();
+    if (result.error == ExchangeError::none || result.error == ExchangeError::stopped || r <= least_functions)
+      return result;
   }
+  ExchangeResult start = exchange_from(shortened(plan, plan.length * part), part, loose, progress);
+  if (start.error == ExchangeError::stopped || start.error == ExchangeError::below_rounding) return start;
+  // Twice the length squares the deviation.
+  const double squared = start.deviation / start.scale * (start.deviation / start.scale);
+  const bool can_vanish = start.error == ExchangeError::none && squared < 1e3 * below_rounding;
+  const Placement placement = start.extremal.size() > 0 ? scaled_placement(plan, start.extremal) : even_placement(plan);
+  result = TrueExchange(plan, placement, tolerance, can_vanish, progress).run();
   if (result.error != ExchangeError::below_rounding) return result;
   start.error = ExchangeError::below_rounding;
   return start;
@@ -263,13 +269,13 @@ static ExchangeResult exchange_from(const BandPlan &plan, double part, double to
 // proportional to the length.
 static TrueOptimum longest_above_rounding(const BandPlan &plan, TrueOptimum known, const Progress &progress) {
   const double digits = std::log(known.exchange.deviation / known.exchange.scale);
-  double length = known.length * std::log(5 * below_rounding) / digits;
-  for (int attempt = 0; attempt < 5 && length > known.length; attempt++) {
-    const BandPlan shorter = shortened(plan, std::min<double>(length, plan.length));
+  double length = std::min<double>(plan.length, known.length * std::log(5 * below_rounding) / digits);
+  for (int attempt = 0; attempt < most_attempts; attempt++) {
+    const BandPlan shorter = shortened(plan, length);
     ExchangeResult result = exchange_from(shorter, 0.5, tight, progress);
     if (result.error == ExchangeError::none || result.error == ExchangeError::stopped)
       return {std::move(result), shorter.length};
-    length = std::lerp(known.length, length, 0.9);
+    length *= next_attempt;
   }
   return known;
 }

@@ -221,7 +221,11 @@ TEST_F(OptimalDesign, EquirippleOfEveryTypeAlternates) {
     const int functions = cosine_count(plan.length, plan.symmetric());
     const Alternation a = alternation(
         functions, plan, [&](double w) { return folded ? 2 * amplitude(entry, w / 2) - 1 : amplitude(entry, w); });
-    EXPECT_GE(a.extrema, functions + 1);
+    // With a bounded gap some of the peaks are in it.
+    const OptimumResult &optimum = design_record.optimum;
+    EXPECT_GE(optimum.gap_bounded ? optimum.alternations : a.extrema, functions + 1);
+    EXPECT_EQ(optimum.needed, functions + 1);
+    EXPECT_LE(optimum.bound, 1.08);
     EXPECT_TRUE(noted("on a grid eight times denser"));
     if (folded) {
       for (int k = 2; k < entry.unique_count; k += 2) EXPECT_EQ(entry.coeff[k], 0) << k;
@@ -242,6 +246,7 @@ TEST_F(OptimalDesign, LinearProgramsComeCloseToTheEquirippleOptimum) {
     };
     const int functions = cosine_count(plan.length, plan.symmetric());
     const double best = alternation(functions, plan, response).peak;
+    const double cost_of_bounds = design_record.optimum.gap_bounded ? 1.05 : 1;
     prepare(job);
     lp_fir_design();
     ASSERT_EQ(posted(), std::vector<int>{});
@@ -249,7 +254,7 @@ TEST_F(OptimalDesign, LinearProgramsComeCloseToTheEquirippleOptimum) {
     // The program knows the error at about two hundred frequencies only, so its peak between them is higher; where the
     // band touches a zero of Q it gives up there, and both are as far off as can be.
     const double reached = alternation(functions, plan, response).peak;
-    EXPECT_GE(reached, 0.95 * best); // both are peaks between points
+    EXPECT_GE(reached * cost_of_bounds, 0.95 * best); // both are peaks between points
     EXPECT_LE(reached, 1.6 * best);
   }
 }
@@ -424,7 +429,10 @@ TEST_F(OptimalDesign, NotesSayWhatTheUserShouldKnow) {
                 "zero at frequency 0"},
            Case{{"too few taps", edge_spec(FilterType::low_pass, 15, {0.1, 0}, {0.15, 0})}, "times as much"},
            Case{{"a resonance", edge_spec(FilterType::band_pass, 55, {0.2, 0.3}, {0.17, 0.42})},
-                "more than in any band"},
+                "bounded in gaps that are wider than the narrowest"},
+           Case{{"below rounding", edge_spec(FilterType::low_pass, 542, {0.155, 0}, {0.2, 0})}, "the outer ones"},
+           Case{{"a first exchange without an optimum", edge_spec(FilterType::low_pass, 201, {0.2, 0}, {0.3, 0})},
+                "the one between its points did"},
        }) {
     prepare(c.job);
     equiripple_design();
