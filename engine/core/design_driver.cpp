@@ -201,6 +201,7 @@ void SetFilterDesignType() {
   current_spec = &spec[type];
   current_spec->type = type;
   trace(" filter pointer %p, type = %d\n", static_cast<void *>(current_spec), type);
+  reopen_system_files();
   apply_frequency_mode();
   apply_method_rule();
   design_state.analog_type = code(AnalogPrototype::elliptic);
@@ -215,6 +216,7 @@ void SetFilterDesignType() {
 
 PageResult GetFilterParameters(PageResult way) {
   trace(" entering GetFilterParameters\n");
+  reopen_system_files();
   const FilterType type{design_state.filter_type};
   const Page pages[] = {parameter_pages[design_state.filter_type],
                         method_page(type, design_state.DesignOrAnalysisType)};
@@ -228,12 +230,15 @@ PageResult GetFilterParameters(PageResult way) {
 }
 
 PageResult GetOptionalFilterCompensationData(PageResult way) {
+  if (!design_state.CompensationOption || is_group_delay_design()) return way;
   trace(" entering GetOptionalFilterCompensationData\n");
-  return design_state.CompensationOption && !is_group_delay_design() ? ask(Page::compensation) : way;
+  reopen_system_files();
+  return ask(Page::compensation);
 }
 
 PageResult GetOptionalPhaseEqualizationData(PageResult way) {
   trace(" entering GetOptionalPhaseEqualizationData\n");
+  reopen_system_files();
   const bool wanted = design_state.PhaseEqualizationOption && !is_fir_method(design_state.DesignOrAnalysisType) &&
                       !is_group_delay_design();
   return wanted ? ask(Page::phase_equalization) : way;
@@ -285,14 +290,25 @@ void run_with_progress(const std::function<void()> &stages) {
   end();
 }
 
+// A run that does not fill a form leaves none of an earlier filter behind. Of the taps, 800 kB an entry, the counts do.
+static void clear_results(DesignRecord &r) {
+  for (FirEntry *fir : {&r.fir_designed, &r.fir, &r.fir_unquantized})
+    fir->length = fir->unique_count = fir->has_window = fir->shift = 0;
+  r.wp = 0;
+  for (IirForms *forms : {&r.s_normalized, &r.s_unnormalized, &r.z, &r.z_quantized}) *forms = {};
+  r.z_normalized = {};
+  r.delay = {};
+  r.compensation = {};
+  r.optimum = {};
+  r.noise = {};
+}
+
 void begin_record(double sampling_frequency) {
   DesignRecord &r = design_record;
   r.valid = 0;
   status = 0;
   design_notes.clear();
-  r.delay = {};
-  r.compensation = {};
-  r.optimum = {};
+  clear_results(r);
   r.loaded = *current_spec;
   r.loaded.sampling_frequency = sampling_frequency;
   r.loaded.sampling_period = two_pi / sampling_frequency;
@@ -338,6 +354,10 @@ void filter_dsgn_quan() {
     fir_quantize();
   else if (RealizationForm{r.realization} != RealizationForm::nonlinear)
     quantized = quantize_iir();
+  else if (r.quantization.quant) {
+    r.quantization.quant = 0;
+    design_notes.push_back("The analog system was not quantized: there are words for digital filters only.");
+  }
   r.finished = std::time(nullptr);
   r.valid = quantized && !stop_asked;
   filter_dsgn_plot();

@@ -28,8 +28,9 @@ std::string get_message(int number, const std::string &path) {
   if (!file.open(path)) return "Message file " + path + " is missing";
   constexpr std::string_view begin = ".MESSAGE", end = ".END_OF_MESSAGE";
   while (file.next()) {
-    if (!file.line().starts_with(begin)) continue;
-    const std::size_t blank = file.line().find_first_of(" \t");
+    const std::size_t word = file.line().find_first_not_of(" \t");
+    if (word == std::string::npos || !std::string_view(file.line()).substr(word).starts_with(begin)) continue;
+    const std::size_t blank = file.line().find_first_of(" \t", word);
     const auto found = blank == std::string::npos ? std::nullopt : integer_at(file.line(), blank);
     if (!found || *found < number) continue;
     if (*found > number) break;

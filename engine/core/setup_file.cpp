@@ -239,7 +239,11 @@ std::string format_setup(const std::string &time, const std::string &date) {
   for (const std::string &path : spec_path) append_file(out, "load_spc", path);
   for (const std::string &path : s_path) append_file(out, "load_inp", path);
   for (const std::string &path : z_path) append_file(out, "load_inp", path);
-  for (const std::string &path : remembered_systems) append_file(out, "load_inp", path);
+  const auto named = [](const auto &paths, const std::string &path) {
+    return std::ranges::find(paths, path) != paths.end();
+  };
+  for (const std::string &path : remembered_systems)
+    if (!named(s_path, path) && !named(z_path, path)) append_file(out, "load_inp", path);
   return out;
 }
 

@@ -6,6 +6,7 @@
 #include "engine/core/phase_shift_design.h"
 #include "engine/core/setup_file.h"
 #include "engine/files/spec_file.h"
+#include "engine/files/system_file.h"
 #include "engine/files/text_file.h"
 
 #include <algorithm>
@@ -36,6 +37,20 @@ std::string current_directory() {
   return ::getcwd(path, sizeof path) ? path : ".";
 }
 
+/// Each file once, however often it is named. One that cannot be loaded now may be back in the next session, so its
+/// line stays.
+int load_systems(const std::vector<std::string> &paths) {
+  int loaded = 0;
+  for (auto path = paths.begin(); path != paths.end(); ++path) {
+    if (std::find(paths.begin(), path, *path) != path) continue;
+    if (load_system_file(*path) == success)
+      loaded++;
+    else
+      remembered_systems.push_back(*path);
+  }
+  return loaded;
+}
+
 void read_setup_file() {
   const std::string path(setup_file_name);
   setup_file_missing = ::access(path.c_str(), F_OK) != 0;
@@ -46,13 +61,19 @@ void read_setup_file() {
   const SettingTable table = store_settings();
   const auto loaded = std::count_if(files.specifications.begin(), files.specifications.end(),
                                     [](const std::string &file) { return load_filter_spec(file) == 0; });
+  const int systems = load_systems(files.systems);
   apply_settings(table);
-  remembered_systems = files.systems;
   if (loaded) trace(" %d spc files are loaded\n", static_cast<int>(loaded));
-  if (!files.systems.empty()) trace(" %d inp files are loaded\n", static_cast<int>(files.systems.size()));
+  if (systems) trace(" %d inp files are loaded\n", systems);
 }
 
 } // namespace
+
+std::span<bool> plot_selection() {
+  const bool analog = design_record.valid && !is_fir_result() &&
+                      RealizationForm{design_record.realization} == RealizationForm::nonlinear;
+  return analog ? std::span<bool>(s_plot_on) : std::span<bool>(z_plot_on);
+}
 
 TimeStamp time_stamp(std::time_t moment) {
   char text[26] = "";

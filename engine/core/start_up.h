@@ -5,6 +5,8 @@
 #include "engine/core/front_end.h"
 #include "engine/core/trace.h"
 
+#include <span>
+
 namespace brisel {
 
 struct StartOptions {
@@ -28,6 +30,8 @@ extern bool setup_file_missing;
 /// One flag a plot window: the bits of `zgtype` and `sgtype`.
 extern std::array<bool, z_option_count> z_plot_on;
 extern std::array<bool, s_option_count> s_plot_on;
+/// Those of the two that the current result is shown by: the second of a response in s, the first of all others.
+std::span<bool> plot_selection();
 
 /// Time and date of now as texts, "13:05:59" and "Sat Nov 21 2026".
 struct TimeStamp {

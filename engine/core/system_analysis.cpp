@@ -129,6 +129,7 @@ bool derive_all(Domain domain, InputOption option, IirForms &forms) {
 
 bool SystemAnalysisConv() {
   trace(" entering SystemAnalysisConv\n");
+  reopen_system_files();
   DesignRecord &r = design_record;
   const auto [domain, option, system] = selected_system(r.selections);
   const bool digital = domain == Domain::z;

@@ -42,6 +42,12 @@ void append_sections(std::string &out, const SectionEntry &s) {
   appendf(out, "INITIAL GAIN % 15.9e\n", s.gain);
 }
 
+// A sum is this factor times all of it; without it the filter could not be computed from the listing.
+void append_sum(std::string &out, const SectionEntry &s) {
+  append_sections(out, s);
+  if (s.pars != 1) appendf(out, "SCALE OF SUM % 15.9e\n", s.pars);
+}
+
 void append_titled_sections(std::string &out, const char *format, const SectionEntry &s) {
   appendf(out, "\n%s%s\n", heading.c_str(), format);
   append_sections(out, s);
@@ -86,7 +92,7 @@ void append_form(std::string &out, const IirForms &forms, RealizationForm form) 
   case RealizationForm::cascade:
     return append_sections(out, forms.cascade);
   case RealizationForm::parallel:
-    return append_sections(out, forms.parallel);
+    return append_sum(out, forms.parallel);
   case RealizationForm::ratio:
     return append_ratio(out, forms.ratio);
   case RealizationForm::lattice:
@@ -139,10 +145,12 @@ std::string format_fir_report(const DesignRecord &r) {
   else if (is_fir_method(method))
     appendf(out, "%sFILTER DESIGN METHOD: %s\n", heading.c_str(), design_methods[method].name.data());
   appendf(out, "%sFILTER LENGTH: %d\n", heading.c_str(), r.fir.length);
-  append_compensation(out, r);
+  const bool designed_here = is_fir_method(method); // settings of designs say nothing of an entered system
+  if (designed_here) append_compensation(out, r);
   appendf(out, "\n%sIMPULSE COEFFICIENTS PRIOR TO QUANTIZATION\n", heading.c_str());
   const FirEntry &designed = r.fir_designed;
-  const int stored = designed.fir_type <= 1 && !r.selections.MinimumPhaseType ? designed.unique_count : designed.length;
+  const bool all_stored = designed.fir_type > 1 || (designed_here && r.selections.MinimumPhaseType);
+  const int stored = all_stored ? designed.length : designed.unique_count;
   if (windowed) {
     appendf(out, "        COEFFICENT%24sWINDOW%21sPRODUCT\n", "", "");
     for (int i = 0; i < stored; i++) {
@@ -162,8 +170,9 @@ std::string format_iir_report(const DesignRecord &r) {
   std::string out;
   const RealizationForm form{r.realization};
   const bool designed = r.selections.DesignOrAnalysisType == code(DesignMethod::iir);
+  const bool analog = form == RealizationForm::nonlinear;
   const auto &mapping = z_transforms[designed ? r.selections.ZTransformMethod : code(ZTransform::s_domain_only)];
-  appendf(out, "%sFILTER ORDER:%6d\n", heading.c_str(), r.z.cascade.order);
+  appendf(out, "%sFILTER ORDER:%6d\n", heading.c_str(), analog ? r.s_unnormalized.cascade.order : r.z.cascade.order);
   if (designed) appendf(out, "%sFILTER DESIGN METHOD:      %s\n", heading.c_str(), mapping.name.data());
   appendf(out, "%sFILTER REALIZATION METHOD: %s\n", heading.c_str(),
           realization_names[realization_forms[r.realization].report_code].data());
@@ -186,7 +195,7 @@ std::string format_iir_report(const DesignRecord &r) {
     appendf(out, "\n%sDIGITAL TRANSFER FUNCTION Hd(z) - PRODUCT OF SECTIONS\n\n", heading.c_str());
   else if (form == RealizationForm::parallel)
     appendf(out, "\n%sDIGITAL TRANSFER FUNCTION Hd(z) - SUM OF SECTIONS\n\n", heading.c_str());
-  else
+  else if (!analog)
     appendf(out, "\n%sPRIOR TO QUANTIZATION\n", heading.c_str());
   append_form(out, r.z, form);
   if (r.quantization.quant) {
@@ -197,7 +206,7 @@ std::string format_iir_report(const DesignRecord &r) {
     appendf(out, "\n%sAFTER QUANTIZATION\n", heading.c_str());
     append_form(out, r.z_quantized, form);
   }
-  const PoleZeroEntry &pz = r.z_quantized.pole_zero;
+  const PoleZeroEntry &pz = analog ? r.s_unnormalized.pole_zero : r.z_quantized.pole_zero;
   append_places(out, "ZEROS", std::span(pz.zeros).first(pz.real_zeros + pz.complex_zeros));
   append_places(out, "POLES", std::span(pz.poles).first(pz.real_poles + pz.complex_poles));
   return out;

@@ -337,7 +337,9 @@ struct Reader {
     if (!points(0, max_function_points, count)) return false;
     spec.band_count = count;
     spec.passband_ripple = default_delay_ripple;
-    if (lines.next()) return number(delay_ripple.field, 0, delay_ripple.skip);
+    while (lines.next())
+      if (lines.line().find_first_not_of(" \t") != std::string::npos)
+        return number(delay_ripple.field, 0, delay_ripple.skip);
     return !lines.too_long() || next("");
   }
 

@@ -15,6 +15,7 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
+#include <utility>
 
 namespace brisel {
 
@@ -85,7 +86,11 @@ void fir_quantize() {
   if (!settings.quant) return;
   trace(" FIR After quantization\n");
   if (settings.qtype) {
+    // Scaling to 1 replaces the gain; an entered system has one of its own, which stays in the product.
+    const bool entered = !is_fir_method(design_record.selections.DesignOrAnalysisType);
+    const double own_gain = entered ? std::exchange(working.gain, 1) : 1;
     fir_fixed_quantize(working, settings.ibit, FirScaling{working.gain_option});
+    working.gain *= own_gain;
     if (settings.optimize) optimize_taps(working);
     note_word_length(working, settings.ibit);
   } else {

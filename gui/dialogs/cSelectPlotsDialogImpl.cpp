@@ -17,7 +17,7 @@ cSelectPlotsDialogImpl::cSelectPlotsDialogImpl(cBriselApp *window, const QString
   swatch.fill(window->style_of_plots().function.color());
   const auto all = boxes();
   for (std::size_t kind = 0; kind < all.size(); kind++) {
-    all[kind]->setChecked(z_plot_on[kind]);
+    all[kind]->setChecked(plot_selection()[kind]);
     all[kind]->setIcon(swatch);
   }
 }

@@ -256,11 +256,12 @@ void cBriselApp::update_status() {
 }
 
 void cBriselApp::show_selected_plots() {
-  for (std::size_t kind = 0; kind < plots.size(); kind++) plot_frames[kind]->setVisible(z_plot_on[kind]);
+  const auto selected = plot_selection();
+  for (std::size_t kind = 0; kind < plots.size(); kind++) plot_frames[kind]->setVisible(selected[kind]);
 }
 
 void cBriselApp::select_plot(PlotKind kind, bool on) {
-  z_plot_on[static_cast<std::size_t>(kind)] = on;
+  plot_selection()[static_cast<std::size_t>(kind)] = on;
   show_selected_plots();
 }
 
@@ -359,7 +360,8 @@ void cBriselApp::tile() {
 void cBriselApp::Window_SelectPlots() {
   cSelectPlotsDialogImpl selection(this);
   if (selection.exec() != QDialog::Accepted) return;
-  for (int kind = 0; kind < plot_kind_count; kind++) z_plot_on[kind] = (selection.mask() >> kind & 1) != 0;
+  const auto selected = plot_selection();
+  for (std::size_t kind = 0; kind < plots.size(); kind++) selected[kind] = (selection.mask() >> kind & 1) != 0;
   show_selected_plots();
 }
 

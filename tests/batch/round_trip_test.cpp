@@ -108,6 +108,39 @@ TEST(RoundTrip, DigitsAreRaisedUntilTheFileIsTheFilter) {
   }
 }
 
+TEST(RoundTrip, AnAnalysisIsSavedAsItCameOut) {
+  const Workshop shop;
+  shop.write("fir.inp", "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - NONSYMMETRIC FIR FILTER\n"
+                        "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nNUMBER OF TAPS     2 GAIN=  4.000000000e+00\n"
+                        "H(   0) =  5.000000000e-01\nH(   1) =  2.500000000e-01\n");
+  shop.write("iir.inp",
+             "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - PRODUCT OF 2ND ORDER SECTIONS\n"
+             "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nINITIAL GAIN  4.23000000e+00\n"
+             "NUMBER OF SECTIONS   1\nNUMERATOR COEFFICIENTS \n 1.00000000e+00  2.00000000e-01  0.00000000e+00\n"
+             "DENOMINATOR COEFFICIENTS\n 1.00000000e+00 -5.00000000e-01  0.00000000e+00\n");
+  for (const char *line : {"fir.inp --unity-gain", "fir.inp --quantize fixed --bits 8 --scaling one",
+                           "iir.inp --unity-gain", "iir.inp --quantize fixed --bits 8"}) {
+    const Outcome made = shop.run(std::string("analyze ") + line + " --json a.json --flt a.flt --inp a.inp");
+    ASSERT_EQ(made.status, 0) << line << made.err;
+    const auto out = magnitude(Json::parse(shop.read("a.json")));
+    for (const char *file : {"a.flt", "a.inp"}) {
+      const Outcome again = shop.run(std::string("analyze ") + file + " --json -");
+      ASSERT_EQ(again.status, 0) << line << again.err;
+      expect_same(out, magnitude(Json::parse(again.out)), 1e-7, std::string(line) + " " + file);
+    }
+  }
+  EXPECT_NEAR(magnitude(Json::parse(shop.run("analyze fir.inp --quantize fixed --scaling one --json -").out))[0], 3,
+              1e-3)
+      << "scaling to one keeps the gain that was entered";
+  // Nothing is quantized where there is nothing digital, and the report has the roots of the system.
+  const Outcome analog = shop.run("analyze '" + source_file("examples/analog-butterworth.inp") +
+                                  "' --mapping s-domain --quantize fixed --json - --report r.txt");
+  ASSERT_EQ(analog.status, 0) << analog.err;
+  EXPECT_FALSE(Json::parse(analog.out).contains("quantization"));
+  EXPECT_EQ(shop.read("r.txt").find("QUANTIZ"), std::string::npos);
+  EXPECT_NE(shop.read("r.txt").find("-6.283185283e+03"), std::string::npos) << "the real pole";
+}
+
 TEST(GeneratedC, FiltersAsTheDesignThatItCameFrom) {
   const struct {
     const char *options;

@@ -45,10 +45,10 @@ TEST(DesignRun, GoesThroughItsStagesInOrder) {
   ASSERT_TRUE(design_record.valid);
   expect_in_order(trace_text(),
                   {"Program starts at ", " entering SetFilterDesignType\n", " filter pointer 0x", ", type = 0\n",
-                   " entering GetFilterParameters\n", " entering GetOptionalFilterCompensationData\n",
-                   " entering GetOptionalPhaseEqualizationData\n", "\n design counter = 1\n",
-                   " entering filter_dsgn_dsgn \n", "\n Fir Filter Design\n", " entering filter_dsgn_quan \n",
-                   " entering filter_dsgn_plot \n", " entering fir plot array\n", " leaving fir plot array\n"});
+                   " entering GetFilterParameters\n", " entering GetOptionalPhaseEqualizationData\n",
+                   "\n design counter = 1\n", " entering filter_dsgn_dsgn \n", "\n Fir Filter Design\n",
+                   " entering filter_dsgn_quan \n", " entering filter_dsgn_plot \n", " entering fir plot array\n",
+                   " leaving fir plot array\n"});
   EXPECT_EQ(engine.front.announced, (std::vector<std::string>{"Working...", "Ready"}));
   EXPECT_EQ(engine.front.pages, (std::vector{Page::low_high_parameters, Page::window}));
   EXPECT_EQ(engine.front.refreshes, 1);

@@ -154,6 +154,22 @@ TEST(Start, PassesOverWhatIsNoFileAndWhatIsNoSpecification) {
   EXPECT_FALSE(fs::exists("evil"));
 }
 
+TEST(Start, SystemsAreLoadedOnceAndKeepTheirLines) {
+  Session session;
+  std::ofstream("a.inp") << "DIGITAL SYSTEM ANALYSIS - Z DOMAIN INPUT\nINPUT OPTION - NONSYMMETRIC FIR FILTER\n"
+                            "SAMPLING FREQUENCY           8.00000e+03 HERTZ\nNUMBER OF TAPS     1 GAIN=  1.0\n"
+                            "H(   0) =  5.0e-01\n";
+  const std::string lines = "Brisel.load_inp: 5 a.inp\nBrisel.load_inp: 6 no.inp\n";
+  std::ofstream("system.brisel") << header + lines + lines;
+  for (int i = 0; i < 2; i++) {
+    program_start();
+    EXPECT_EQ(z_entries.fir[2].length, 1);
+    EXPECT_EQ(z_path[9], "a.inp");
+    program_exit(ExitMode::save);
+    EXPECT_TRUE(Session::setup().ends_with(" \n" + lines) || Session::setup().ends_with("\n" + lines));
+  }
+}
+
 TEST(Start, TwoSessionsInAFolderKeepEachOthersLines) {
   Session session;
   program_start();
