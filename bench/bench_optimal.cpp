@@ -38,6 +38,26 @@ void equiripple(benchmark::State &state) {
 }
 BENCHMARK(equiripple)->Arg(51)->Arg(201)->Arg(501)->Arg(1001)->Arg(2001)->Unit(benchmark::kMillisecond)->Complexity();
 
+void equiripple_true(benchmark::State &state) {
+  const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
+  std::vector<double> half;
+  OptimalReport report;
+  int taps;
+  for (auto _ : state) {
+    if (true_attempt(plan, nullptr, half, report, taps) != RemezStatus::done) state.SkipWithError("no optimum");
+    benchmark::DoNotOptimize(half.data());
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(equiripple_true)
+    ->Arg(201)
+    ->Arg(1001)
+    ->Arg(2001)
+    ->Arg(4561)
+    ->Arg(10001)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
+
 void linear_program(benchmark::State &state) {
   const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
   for (auto _ : state) {

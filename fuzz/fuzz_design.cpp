@@ -24,6 +24,8 @@ public:
     design_state.order = chosen.order;
     design_state.analog_type = chosen.analog_type;
     design_state.symmetry = chosen.symmetry;
+    design_state.optimum = chosen.optimum;
+    design_state.rolloff_db = chosen.rolloff_db;
     return PageResult::next;
   }
   void post_message(Message, std::string_view) override { messages++; }
@@ -41,6 +43,8 @@ void fill_selections(ByteSource &in, Answers &answers) {
   answers.chosen.order = static_cast<std::int16_t>(in.below(highest_order + 1));
   answers.chosen.analog_type = static_cast<std::int8_t>(in.below(5));
   answers.chosen.symmetry = in.byte() % 2;
+  answers.chosen.optimum = in.byte() % 2;
+  answers.chosen.rolloff_db = static_cast<std::int16_t>(rolloff_step * in.below(steepest_rolloff / rolloff_step + 1));
   design_state.ZTransformMethod = static_cast<std::int8_t>(in.below(3));
   design_state.ImpulseInvariantDesignPath = in.byte() % 2;
   design_state.RealizationType = static_cast<std::int8_t>(in.below(6));

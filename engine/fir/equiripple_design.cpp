@@ -131,14 +131,14 @@ static void note_bounded_gaps(const std::vector<Gap> &bounded) {
   design_notes.push_back("The gain was bounded in gaps that are wider than the narrowest: " + where + ".");
 }
 
-static void note_certificate(const OptimalReport &report, Optimum exchange) {
+static void note_certificate(const OptimalReport &report, Optimum exchange, bool gap_bounded) {
   const char *where = exchange == Optimum::grid ? "on the design grid" : "between the points of the grid too";
   design_notes.push_back(
       formatf("Optimum %s: %d of the %d alternating peaks that make an optimum are within 1 %% of the largest", where,
               std::min(report.dense_extrema, report.required), report.required) +
-      (report.bound > 0
-           ? formatf("; no filter of this length is better by more than %.2g %%.", 100 * (report.bound - 1))
-           : "."));
+      (report.bound > 0 ? formatf("; no filter of this length%s is better by more than %.2g %%.",
+                                  gap_bounded ? " and bound" : "", 100 * (report.bound - 1))
+                        : "."));
 }
 
 namespace {
@@ -203,7 +203,7 @@ void equiripple_design() {
                                    "zero.",
                                    best.taps, plan->length));
   else
-    note_certificate(report, best.exchange);
+    note_certificate(report, best.exchange, !best.bounded.empty());
 }
 
 } // namespace brisel
