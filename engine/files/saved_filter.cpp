@@ -260,8 +260,8 @@ bool has_no_result() {
   return !design_record.valid;
 }
 
-std::optional<SavedFilter> without_form() {
-  post_message(Message::unsupported_form);
+std::optional<SavedFilter> without_form(std::string_view why) {
+  post_message(Message::unsupported_form, why);
   return std::nullopt;
 }
 
@@ -301,7 +301,8 @@ std::optional<SavedFilter> save_current_coefficients(int digits) {
   CoefficientFile image;
   std::unique_ptr<FirEntry> taps;
   const auto running = running_system(taps);
-  if (!running || !image_of_design(image)) return without_form();
+  if (!running || !image_of_design(image))
+    return without_form("a coefficient file holds taps or a digital form, no analog system and no lattice of taps");
   const Filter filter = filter_of(running->domain, running->option, running->entry);
   return told(save_image(filter, std::move(image), digits), [&](RealizationForm form) {
     const InputOption option = *option_of_form(form);
@@ -316,7 +317,7 @@ std::optional<SavedFilter> save_current_system(int digits) {
   if (has_no_result()) return std::nullopt;
   std::unique_ptr<FirEntry> taps;
   const auto system = system_to_save(taps);
-  if (!system) return without_form();
+  if (!system) return without_form("a system analysis file holds no system of this form");
   const int mode = design_record.selections.FrequencyMode;
   return told(save_system(system->domain, system->option, system->entry, mode, digits), [&](RealizationForm form) {
     const InputOption option = *option_of_form(form);
