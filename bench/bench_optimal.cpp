@@ -1,10 +1,14 @@
-// bench_optimal.cpp - cost of equiripple and linear-programming designs against taps, proof of the optimum included.
+// bench_optimal.cpp - cost of equiripple, least-squares and linear-programming designs and of tap searches
+// against taps, proof of the optimum included.
 #include "engine/core/trace.h"
 #include "engine/fir/equiripple_design.h"
+#include "engine/fir/least_squares.h"
 #include "engine/fir/linear_program.h"
+#include "engine/fir/tap_search.h"
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <cstdlib>
 
 namespace brisel {
@@ -57,6 +61,39 @@ BENCHMARK(equiripple_true)
     ->Arg(10001)
     ->Unit(benchmark::kMillisecond)
     ->Complexity();
+
+void least_squares(benchmark::State &state) {
+  const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
+  std::vector<double> half;
+  for (auto _ : state) {
+    const auto go_on = [](double) { return true; };
+    if (solve_least_squares(plan, square_moments(plan), 1e-12, go_on, half) != SquaresOutcome::solved)
+      state.SkipWithError("singular");
+    benchmark::DoNotOptimize(half.data());
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(least_squares)->Arg(51)->Arg(501)->Arg(1001)->Arg(2001)->Unit(benchmark::kMillisecond)->Complexity();
+
+// One search for better 16-bit words near a truncated sinc under a raised cosine.
+void tap_search(benchmark::State &state) {
+  const int n = static_cast<int>(state.range(0));
+  const double quantum = std::ldexp(1.0, -15), width = two_pi * 2 / n, pi = std::numbers::pi;
+  std::vector<double> rounded;
+  for (int k = 0; k < n; k++) {
+    const double x = k - 0.5 * (n - 1), sinc = x == 0 ? 0.5 : std::sin(pi / 2 * x) / (pi * x);
+    rounded.push_back(quantum * std::round(sinc * (0.5 + 0.5 * std::cos(two_pi * x / n)) / quantum));
+  }
+  const TapGoal goal{{{0, pi / 2 - width}}, {{pi / 2 + width, pi}}, [](double) { return 1.0; }, 0.1, 60};
+  for (auto _ : state) {
+    std::vector<double> taps = rounded;
+    search_taps(
+        taps, goal, {1, 100, quantum, 0.01}, [](const TapFigures &, int) {}, [](double) { return true; });
+    benchmark::DoNotOptimize(taps.data());
+  }
+  state.SetComplexityN(n);
+}
+BENCHMARK(tap_search)->Arg(101)->Arg(501)->Arg(2001)->Arg(4001)->Unit(benchmark::kMillisecond)->Complexity();
 
 void linear_program(benchmark::State &state) {
   const BandPlan plan = lowpass(static_cast<int>(state.range(0)));
