@@ -125,6 +125,14 @@ bool derive_all(Domain domain, InputOption option, IirForms &forms) {
   return true;
 }
 
+// A list of poles and zeros is no realization of its own and runs as a cascade; nor is an analog lattice or ladder,
+// whose structure no map to the z domain keeps.
+RealizationForm realization_of(Domain domain, InputOption option) {
+  const RealizationForm form = form_of_option(option).value_or(RealizationForm::cascade);
+  const bool kept = domain == Domain::z || form == RealizationForm::ratio || form == RealizationForm::parallel;
+  return kept ? form : RealizationForm::cascade;
+}
+
 } // namespace
 
 bool SystemAnalysisConv() {
@@ -149,8 +157,7 @@ bool SystemAnalysisConv() {
   IirForms &forms = digital ? r.z : r.s_unnormalized;
   copy_entry(digital ? z_entries : s_entries, option, forms);
   if (!derive_all(domain, option, forms)) return false;
-  // A list of poles and zeros is no realization of its own and runs as a cascade.
-  r.realization = code(form_of_option(option).value_or(RealizationForm::cascade));
+  r.realization = code(realization_of(domain, option));
   if (digital) return true;
   if (method == ZTransform::s_domain_only) {
     r.realization = code(RealizationForm::nonlinear);
