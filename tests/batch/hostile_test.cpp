@@ -96,7 +96,7 @@ TEST(SmallFiles, EndWithinTenSeconds) {
            Row{"design bandpass.spc --delay-ripple 1 --phase-equalizer 20", 0},
            Row{"design delay.spc", 0},
            Row{"design rate.spc --length 3", 1},
-           Row{"design lowpass.spc --method equiripple --minimum-phase spectral --length 999", 1},
+           Row{"design lowpass.spc --method equiripple --minimum-phase spectral --length 999", 0},
            Row{"design lowpass.spc --method window --minimum-phase dft --length 50000", 1},
            Row{"design lowpass.spc --frequency-range 5e-324:1", 2}, // no decades to count
            Row{"design lowpass.spc --frequency-range 1e-300:1 --log-frequency", 2},

@@ -20,6 +20,7 @@ public:
   };
   std::function<PageResult(Page)> answer = [](Page) { return PageResult::next; };
   std::function<bool(double)> go_on = [](double) { return true; };
+  bool keeps_previous = false; // after a run that was stopped or failed
   std::vector<Page> pages;
   std::vector<std::string> announced;
   std::vector<Posted> posted;
@@ -37,6 +38,7 @@ public:
   }
   void show_text(std::string_view text) override { shown.emplace_back(text); }
   void reader_complaint(std::string_view text) override { complaints.emplace_back(text); }
+  bool wants_previous_design(RunEnd) override { return keeps_previous; }
   bool progress(double fraction) override { return go_on(fraction); }
   void refresh_plots() override { refreshes++; }
 };

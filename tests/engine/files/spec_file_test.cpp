@@ -294,7 +294,7 @@ TEST(SpecFile, MalformedTextIsRefusedWithItsLine) {
       {"a point without value", with_line(arbitrary_magnitude, 14, "  0.000000000E+00"), 14, "no number at column 18"},
       {"51 points in a band", too_many_points, 64, "more than 50 function points"},
       {"251 points of delay", endless_points, 255, "more than 250 function points"},
-      {"a short ripple line", with_line(group_delay, 9, ""), 9, "no number at column 28"},
+      {"a short ripple line", with_line(group_delay, 9, "GROUP DELAY RIPPLE"), 9, "no number at column 28"},
   };
   ScriptedFrontEnd screen;
   for (const Row &row : rows) {
