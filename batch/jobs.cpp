@@ -257,7 +257,8 @@ namespace {
 
 std::string estimate_table(const char *title, const std::vector<Estimate> &estimates) {
   std::string out = estimates.empty() ? "" : std::string(title) + "\n";
-  for (const Estimate &estimate : estimates) appendf(out, "  %-22s %6d\n", estimate.name.c_str(), estimate.value);
+  for (const Estimate &estimate : estimates)
+    appendf(out, "  %-22s %6s\n", estimate.name.c_str(), length_text(estimate.value).c_str());
   return out;
 }
 

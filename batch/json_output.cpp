@@ -5,6 +5,7 @@
 #include "engine/analysis/form_conversions.h"
 #include "engine/analysis/plot_arrays.h"
 #include "engine/core/code_tables.h"
+#include "engine/fir/length_estimate.h"
 #include "engine/fir/run_selections.h"
 #include "engine/iir/iir_quantize.h"
 #include "engine/judge/judgement_text.h"
@@ -342,7 +343,8 @@ std::string estimate_json(const std::vector<Estimate> &lengths, const std::vecto
   Json out = Json::object();
   if (transition_width != 0) out["transition_width"] = transition_width;
   const auto list = [&](const char *key, const std::vector<Estimate> &estimates) {
-    for (const Estimate &estimate : estimates) out[key][estimate.name] = estimate.value;
+    for (const Estimate &estimate : estimates)
+      out[key][estimate.name] = estimate.value == longest_estimate ? Json() : Json(estimate.value);
   };
   list("lengths", lengths);
   list("orders", orders);

@@ -73,10 +73,14 @@ double transition_width(const FilterSpec &spec, double entered) {
   return width < none ? width : 0.05 * spec.sampling_frequency;
 }
 
-/// Whole, odd and at least 3; what an integer cannot hold becomes 32767.
+std::string length_text(int estimate) {
+  return std::to_string(estimate) + (estimate == longest_estimate ? " or more" : "");
+}
+
+/// Whole, odd and at least 3; what an integer cannot hold becomes the longest estimate.
 static int adjusted(double length) {
   const double whole = std::trunc(length);
-  if (!(whole >= 0 && whole <= std::numeric_limits<int>::max())) return 32767;
+  if (!(whole >= 0 && whole <= std::numeric_limits<int>::max())) return longest_estimate;
   return std::max(static_cast<int>(whole), 3) | 1;
 }
 

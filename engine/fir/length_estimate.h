@@ -5,6 +5,7 @@
 #include "engine/core/records.h"
 
 #include <array>
+#include <string>
 
 namespace brisel {
 
@@ -17,6 +18,11 @@ double multiband_attenuation(const FilterSpec &spec);
 /// like multiband, its smallest nonzero gap in which the gain has a step, and all of them failing that 0.05 of the
 /// sampling frequency.
 double transition_width(const FilterSpec &spec, double entered = 0);
+
+/// Stands for every length that the estimates cannot tell.
+inline constexpr int longest_estimate = 32767;
+/// The estimate in the words of a table.
+std::string length_text(int estimate);
 
 /// One odd length a window, index = window code.
 void fir_length_estimate(const FilterSpec &spec, std::array<int, offered_window_count> &lengths,

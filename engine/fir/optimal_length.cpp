@@ -9,7 +9,6 @@
 
 namespace brisel {
 
-constexpr int longest_estimate = 32767;
 constexpr double largest_fitted_deviation = 0.1;
 
 double kaiser_length(double passband, double stopband, double width) {

@@ -7,6 +7,7 @@
 #include "engine/files/text_file.h"
 #include "engine/fir/forced_zeros.h"
 #include "engine/fir/halfband.h"
+#include "engine/fir/length_estimate.h"
 #include "engine/fir/optimal_length.h"
 #include "engine/fir/run_selections.h"
 
@@ -20,15 +21,15 @@ static bool is_half_band(const FilterSpec &spec) {
 }
 
 // Settles the number of taps in the working specification.
-static bool settle_length(FilterSpec &spec, FirSymmetry symmetry, int longest_estimate) {
+static bool settle_length(FilterSpec &spec, FirSymmetry symmetry, int longest_designed) {
   if (spec.length == 0) {
     const double rate = design_record.loaded.sampling_frequency;
     const double entered = rate > 0 ? design_record.selections.transition_width * two_pi / rate : 0;
     spec.length = optimal_length(spec, symmetry, entered);
-    if (spec.length > longest_estimate) {
+    if (spec.length > longest_designed) {
       post_message(Message::length_out_of_limits,
-                   formatf("the estimate is %d taps, and more than %d are designed only for a length given by number",
-                           spec.length, longest_estimate));
+                   formatf("the estimate is %s taps, and more than %d are designed only for a length given by number",
+                           length_text(spec.length).c_str(), longest_designed));
       return false;
     }
   }
@@ -44,7 +45,7 @@ static bool settle_length(FilterSpec &spec, FirSymmetry symmetry, int longest_es
   return true;
 }
 
-std::optional<BandPlan> fir_band_setup(int longest_estimate) {
+std::optional<BandPlan> fir_band_setup(int longest_designed) {
   FilterSpec &spec = design_record.spec;
   const DesignState &selections = design_record.selections;
   FirEntry &entry = design_record.fir_designed;
@@ -55,7 +56,7 @@ std::optional<BandPlan> fir_band_setup(int longest_estimate) {
   const auto compensation = selected_compensation();
   if (!compensation) return std::nullopt;
   options.compensation = *compensation;
-  if (!settle_length(spec, options.symmetry, longest_estimate)) return std::nullopt;
+  if (!settle_length(spec, options.symmetry, longest_designed)) return std::nullopt;
 
   BandPlan plan;
   PlanRefusal refusal;

@@ -15,8 +15,8 @@ inline constexpr double design_memory_budget = 2e9;
 
 /// Band set-up from the design record: the length (the estimate if the specification gives none), the bands, and the
 /// header of the FIR entry. Posts a message and returns nothing when the specification cannot be designed, or when its
-/// estimate is above `longest_estimate`.
-std::optional<BandPlan> fir_band_setup(int longest_estimate);
+/// estimate is above `longest_designed`.
+std::optional<BandPlan> fir_band_setup(int longest_designed);
 
 /// A line for each sample of the desired response, with debugging on.
 void trace_samples(const DesignGrid &grid);

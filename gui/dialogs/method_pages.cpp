@@ -8,6 +8,8 @@
 #include "engine/iir/order_estimate.h"
 #include "engine/iir/selectivity.h"
 
+#include <utility>
+
 namespace brisel {
 
 namespace {
@@ -39,7 +41,7 @@ cFirWinLengthEstDialogImpl::cFirWinLengthEstDialogImpl(QWidget *parent) : Sequen
   window = current_spec->window_type < offered_window_count ? current_spec->window_type : kaiser_window;
   for (int i = 0; i < offered_window_count; i++) {
     const int estimate = lengths[static_cast<std::size_t>(i)];
-    findChild<QLabel *>(QString("pLength%1_Label").arg(i))->setText(QString::number(estimate));
+    findChild<QLabel *>(QString("pLength%1_Label").arg(i))->setText(QString::fromStdString(length_text(estimate)));
     auto *button = findChild<QRadioButton *>(QString("pWindow%1_Button").arg(i));
     button->setChecked(i == window);
     connect(button, &QRadioButton::clicked, this, [this, i, estimate] {
@@ -124,9 +126,9 @@ FirSymmetry cEqLpLsEstDialogImpl::symmetry() const {
 }
 
 void cEqLpLsEstDialogImpl::read() {
-  const QString estimate = QString::number(optimal_length(normalised_spec(), symmetry(), entered_width()));
-  const QString before = pEstimate_Label->text();
-  pEstimate_Label->setText(estimate);
+  const int taps = optimal_length(normalised_spec(), symmetry(), entered_width());
+  pEstimate_Label->setText(QString::fromStdString(length_text(taps)));
+  const QString estimate = QString::number(taps), before = std::exchange(last_estimate, estimate);
   // The length follows the estimate until the user enters an own one.
   if (before != estimate && (pLength_Edit->text().isEmpty() || pLength_Edit->text() == before))
     pLength_Edit->setText(estimate);

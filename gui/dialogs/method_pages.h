@@ -52,6 +52,7 @@ private:
   void store() override;
   FirSymmetry symmetry() const;
 
+  QString last_estimate;
   int length = 0;
 };
 

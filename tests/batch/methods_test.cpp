@@ -57,6 +57,17 @@ TEST_F(Methods, EveryFirMethodDesignsAndQuantizes) {
             "antisymmetric");
 }
 
+// The estimates of these miss by little, and the note names the least length of their parity that does not.
+TEST_F(Methods, ShortEstimatesNameTheLengthThatMeets) {
+  for (const std::string name : {"lowpass", "bandpass", "hilbert"}) {
+    const std::string job = name + ".spc --method equiripple";
+    int named = 0;
+    for (const std::string note : design(job)["notes"]) std::sscanf(note.c_str(), "%d taps meet", &named);
+    EXPECT_EQ(design(job + " --length " + std::to_string(named))["met"], true) << name << named;
+    EXPECT_EQ(design(job + " --length " + std::to_string(named - 2))["met"], false) << name << named;
+  }
+}
+
 TEST_F(Methods, ACompensatedIirFilterIsFlatBehindItsDroop) {
   // A hold of one sample, and a comb as the mean of its 16 input samples, four times over.
   const auto mean = [](int points, double step) {
