@@ -62,7 +62,8 @@ TEST_F(Methods, ShortEstimatesNameTheLengthThatMeets) {
   for (const std::string name : {"lowpass", "bandpass", "hilbert"}) {
     const std::string job = name + ".spc --method equiripple";
     int named = 0;
-    for (const std::string note : design(job)["notes"]) std::sscanf(note.c_str(), "%d taps meet", &named);
+    const Json result = design(job);
+    for (const std::string note : result["notes"]) std::sscanf(note.c_str(), "%d taps meet", &named);
     EXPECT_EQ(design(job + " --length " + std::to_string(named))["met"], true) << name << named;
     EXPECT_EQ(design(job + " --length " + std::to_string(named - 2))["met"], false) << name << named;
   }
