@@ -82,18 +82,29 @@ static void certify(const BandPlan &plan, const DesignGrid &grid, std::span<cons
   DesignGrid added;
   std::vector<double> dense; // NaN stands for the next point of `added`
   std::vector<int> band;
+  const auto add = [&](double f, int b) {
+    added.add(plan, f, b);
+    dense.push_back(NAN);
+    band.push_back(b);
+  };
+  // The grid keeps off a zero that the symmetry forces. A stopband is judged up to it.
+  const auto add_end = [&](double from, double to, int b, double end) {
+    if (plan.bands[b].value != 0) return;
+    for (int step = 0; step < refinement; step++)
+      add(std::lerp(from, to, (step + (from == end ? 0.0 : 1.0)) / refinement), b);
+  };
+  const double lowest = plan.bands[grid.band.front()].lower / two_pi;
+  if (lowest < grid.frequency.front()) add_end(lowest, grid.frequency.front(), grid.band.front(), lowest);
   for (std::size_t i = 0; i < grid.size(); i++) {
     if (i > 0 && next_to_peak[i] && grid.band[i - 1] == grid.band[i]) {
-      for (int step = 1; step < refinement; step++) {
-        added.add(plan, std::lerp(grid.frequency[i - 1], grid.frequency[i], static_cast<double>(step) / refinement),
-                  grid.band[i]);
-        dense.push_back(NAN);
-        band.push_back(grid.band[i]);
-      }
+      for (int step = 1; step < refinement; step++)
+        add(std::lerp(grid.frequency[i - 1], grid.frequency[i], static_cast<double>(step) / refinement), grid.band[i]);
     }
     dense.push_back(error[i]);
     band.push_back(grid.band[i]);
   }
+  const double highest = plan.bands[grid.band.back()].upper / two_pi;
+  if (grid.frequency.back() < highest) add_end(grid.frequency.back(), highest, grid.band.back(), highest);
   const std::vector<double> added_error = weighted_error(plan, added, half);
   auto next = added_error.begin();
   for (double &e : dense)

@@ -41,6 +41,11 @@ BandLimits band_limits(const BandPlan &plan, int band, double spacing) {
   return limits;
 }
 
+BandLimits close_band_limits(const BandPlan &plan, int band, double spacing) {
+  constexpr double closer = 0.25;
+  return band_limits(plan, band, plan.bands[band].value == 0 ? closer * spacing : spacing);
+}
+
 DesignGrid remez_grid(const BandPlan &plan, int density) {
   const double delf = grid_spacing(density, cosine_count(plan.length, plan.symmetric()));
   DesignGrid grid;

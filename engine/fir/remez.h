@@ -51,6 +51,8 @@ struct BandLimits {
   double lower, upper;
 };
 BandLimits band_limits(const BandPlan &plan, int band, double spacing);
+/// The same, but stopbands come closer to such a zero, so that peaks of their error beside it are found too.
+BandLimits close_band_limits(const BandPlan &plan, int band, double spacing);
 
 DesignGrid remez_grid(const BandPlan &plan, int density);
 

@@ -120,7 +120,7 @@ private:
     node.clear();
     std::size_t k = 0;
     for (int b = 0; b < plan.band_count; b++) {
-      const auto [lower, upper] = band_limits(plan, b, spacing);
+      const auto [lower, upper] = close_band_limits(plan, b, spacing);
       std::vector<std::pair<double, long>> marks{{lower, none}, {upper, none}};
       for (const double w : kinks(plan, b))
         if (w / two_pi > lower && w / two_pi < upper) marks.emplace_back(w / two_pi, none);
