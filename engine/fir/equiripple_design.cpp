@@ -17,8 +17,10 @@ namespace brisel {
 
 constexpr int longest_equiripple_estimate = 4096;
 constexpr int second_density = 8;
-constexpr double nothing_left = 2e-13; // error at the floor of rounding, in parts of the largest weighted value
-constexpr double largest_bound = 2;    // a filter further from the optimum than this is no answer
+constexpr double nothing_left = 2e-13;      // error at the floor of rounding, in parts of the largest weighted value
+constexpr double floor_of_rounding = 2e-14; // in the same parts: an error below it stands, however it alternates
+constexpr double deviation_of_rounding = 1e-13; // a deviation of the first exchange below it is noise
+constexpr double largest_bound = 2;             // a filter further from the optimum than this is no answer
 
 // The grid of the least density, from `density` on, that holds enough points.
 static std::optional<DesignGrid> design_grid(const BandPlan &plan, int density) {
@@ -47,6 +49,10 @@ RemezStatus remez_attempt(const BandPlan &plan, int density, const Progress &pro
   trace(" Number of Iterations = %d\n", exchange.iterations);
   if (exchange.error == ExchangeError::stopped) return RemezStatus::stopped;
   if (exchange.error == ExchangeError::degenerate) return RemezStatus::degenerate;
+  double largest = 0;
+  for (std::size_t i = 0; i < exchange.extremal.size(); i++)
+    largest = std::max(largest, std::abs(exchange.extremal.desired[i] * exchange.extremal.weight[i]));
+  if (exchange.deviation < deviation_of_rounding * largest) return RemezStatus::in_rounding;
   trace(" EQ conversion lim = %d\n", r);
   half = remez_to_taps(plan, cosine_series(exchange, grid.frequency.front(), grid.frequency.back()));
   // The exchange may end early, and digits may be lost on the way to taps: only the taps can tell.
@@ -90,6 +96,7 @@ RemezStatus true_attempt(BandPlan plan, const Progress &progress, std::vector<do
   half.resize(static_cast<std::size_t>(plan.half_length()));
   weigh_ramps(plan, optimum.exchange.deviation);
   report = check_optimality(plan, remez_grid(plan, design_density), half);
+  if (report.dense_peak_error < floor_of_rounding * optimum.exchange.scale) return RemezStatus::done;
   if (optimum.exchange.error == ExchangeError::below_rounding)
     return report.dense_peak_error < nothing_left * optimum.exchange.scale ? RemezStatus::done
                                                                            : RemezStatus::not_optimal;
@@ -175,7 +182,9 @@ static Attempt best_attempt(const BandPlan &plan, Optimum asked) {
     Attempt second;
     second.status = true_attempt(plan, go_on, second.half, second.report, second.taps);
     if (second.is_answer() || second.ends_design()) return second;
-    if (second.status == RemezStatus::done || asked == Optimum::true_optimum) first = std::move(second);
+    if (second.status == RemezStatus::done || asked == Optimum::true_optimum ||
+        first.status == RemezStatus::in_rounding)
+      first = std::move(second);
   }
   Attempt third;
   third.status = bounded_attempt(plan, go_on, third.half, third.report, third.taps, third.bounded);

@@ -11,7 +11,8 @@ void equiripple_design();
 
 /// One attempt with `density` grid points per cosine function; the density is doubled until the grid holds enough
 /// points. On success `half` is the half response, centre first, and `report` the proof that it is the optimum.
-enum class RemezStatus { done = 0, degenerate = 1, not_optimal = 2, no_memory, stopped };
+/// `in_rounding`: the deviation was never more than rounding, so that no other density would help.
+enum class RemezStatus { done = 0, degenerate = 1, not_optimal = 2, no_memory, stopped, in_rounding };
 RemezStatus remez_attempt(const BandPlan &plan, int density, const Progress &progress, std::vector<double> &half,
                           OptimalReport &report);
 

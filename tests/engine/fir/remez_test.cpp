@@ -222,7 +222,19 @@ TEST_F(Remez, DensityDoublesUntilTheGridIsLargeEnough) {
   std::vector<double> half;
   OptimalReport report;
   // So narrow bands are met to the last digit: there is no alternation to prove, and the result is not taken.
-  EXPECT_EQ(remez_attempt(plan, 16, nullptr, half, report), RemezStatus::not_optimal);
+  EXPECT_EQ(remez_attempt(plan, 16, nullptr, half, report), RemezStatus::in_rounding);
+}
+
+TEST_F(Remez, JudgesAStopbandUpToTheZeroThatTheLengthForces) {
+  const BandPlan plan = planned(
+      banded_spec(FilterType::multiband, 12, {{0, 0.2694, 1, 0.1634}, {0.4944, 0.5, 0, 1e-4}}), FirSymmetry::symmetric);
+  std::vector<double> half;
+  OptimalReport report;
+  int taps = 0;
+  ASSERT_EQ(remez_attempt(plan, 16, nullptr, half, report), RemezStatus::done);
+  EXPECT_GT(report.bound, 2);
+  ASSERT_EQ(true_attempt(plan, nullptr, half, report, taps), RemezStatus::done);
+  EXPECT_LT(report.bound, 1.01);
 }
 
 TEST_F(Remez, CoincidingAbscissaeAreDegenerate) {
