@@ -12,6 +12,7 @@
 #include "engine/fir/true_exchange.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace brisel {
 
@@ -71,8 +72,11 @@ static void post_failure(RemezStatus result, const OptimalReport &report) {
     break;
   case RemezStatus::not_optimal:
     post_message(Message::exchange_failed,
-                 formatf("the weighted error alternates %d times near its peak of %.3g, the optimum does so %d times",
-                         report.extrema, report.peak_error, report.required) +
+                 (std::isfinite(report.peak_error)
+                      ? formatf("the weighted error alternates %d times near its peak of %.3g, the optimum does so %d "
+                                "times",
+                                report.extrema, report.peak_error, report.required)
+                      : "no digit of the taps was left") +
                      what_would_do(design_record.spec));
     break;
   default:
