@@ -92,7 +92,8 @@ RemezStatus true_attempt(BandPlan plan, const Progress &progress, std::vector<do
   const TrueOptimum optimum = true_exchange(plan, progress);
   trace(" Number of Iterations = %d\n", optimum.exchange.iterations);
   if (optimum.exchange.error == ExchangeError::stopped) return RemezStatus::stopped;
-  if (optimum.exchange.error == ExchangeError::degenerate) return RemezStatus::degenerate;
+  if (optimum.exchange.error == ExchangeError::degenerate || optimum.exchange.extremal.frequency.size() < 2)
+    return RemezStatus::degenerate;
   taps = optimum.length;
   BandPlan designed = plan;
   designed.length = taps;
